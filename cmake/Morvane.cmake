@@ -1,0 +1,34 @@
+# Compiler settings that every target of the project shares.
+add_library(morvane_options INTERFACE)
+target_include_directories(morvane_options INTERFACE ${CMAKE_SOURCE_DIR})
+# -ffp-contract=off: the colour arithmetic has one right answer, on every CPU.
+target_compile_options(morvane_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -ffp-contract=off)
+if(MORVANE_WERROR)
+  target_compile_options(morvane_options INTERFACE -Werror)
+endif()
+if(MORVANE_SANITIZE)
+  target_compile_options(morvane_options INTERFACE -fsanitize=${MORVANE_SANITIZE} -fno-omit-frame-pointer
+    -fno-sanitize-recover=all -O1)
+  target_link_options(morvane_options INTERFACE -fsanitize=${MORVANE_SANITIZE})
+endif()
+
+# morvane_library(NAME SOURCES... LINK libraries...)
+function(morvane_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC morvane_options Threads::Threads ${ARG_LINK} PRIVATE ${ARG_PRIVATE})
+endfunction()
+
+# morvane_test(NAME SOURCES... LINK libraries... [TIMEOUT seconds] [LABELS labels...]): a GoogleTest program in CTest,
+# one CTest test for the program, so that its fixtures are set up once.
+function(morvane_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+endfunction()
