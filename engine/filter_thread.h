@@ -20,11 +20,11 @@ inline constexpr std::uint64_t broken_frame_metadata_size = 65536;
 /// Effect id: -1 none, 0 custom colour, 1-4 solid tints, 5 sepia, 6 flat luma, 7 greyscale, 8-11
 /// colour-keep yellow, blue, green, red. Any other value applies the mask.
 extern std::atomic<std::int32_t> _cur_camera_filter;
-extern std::atomic<bool> _include_logo;                 ///< overlays are blended at all
-extern std::atomic<bool> _include_logo_original_color;  ///< overlay after the colour filter
-extern std::atomic<bool> _screen_recording;             ///< frames pass untouched
-extern std::atomic<bool> _major_error;                  ///< the camera's resources were revoked
-extern std::atomic<std::int32_t> _screen_wid, _screen_hi; ///< size of the frames, pixels
+extern std::atomic<bool> _include_logo;                    ///< overlays are blended at all
+extern std::atomic<bool> _include_logo_original_color;     ///< overlay after the colour filter
+extern std::atomic<bool> _screen_recording;                ///< frames pass untouched
+extern std::atomic<bool> _major_error;                     ///< the camera's resources were revoked
+extern std::atomic<std::int32_t> _screen_wid, _screen_hi;  ///< size of the frames, pixels
 
 /// Written only while no filter thread runs.
 extern std::atomic<camera_handle_t> mHandle;
@@ -35,8 +35,7 @@ extern pthread_t filter_tid;
 extern std::atomic<bool> filter_stop;
 
 /// The engine lock. The filter thread holds it for the per-frame steps; others hold it only to swap
-/// in a finished table or finished planes. Nothing may be called under it that waits or logs,
-/// except the one line about a broken frame.
+/// in a finished table or finished planes. Nothing may be called under it that waits or logs.
 std::mutex& engine_lock();
 
 /// Starts the filter thread on an open camera: channel, connection, pulse event, thread.
@@ -57,5 +56,6 @@ void kill_thread();
 void filter_status_callback(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg);
 
 /// The per-frame steps on one pair, in order: bypass, guard, overlay, stamp, colour filter, overlay
-/// in its own colours. Allocates nothing. Takes the engine lock.
+/// in its own colours. Size and the blends' offsets come from the input descriptor; pixels are
+/// written through the output's. Allocates nothing. Takes the engine lock.
 void process_frame(const camera_buffer_t& input, const camera_buffer_t& output);

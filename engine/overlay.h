@@ -25,6 +25,6 @@ extern logo_image_s logo_image;
 extern logo_image_s datetime_image;
 
 /// Blends one record into a frame pair: luma under it is read from the output, chroma from the input,
-/// offsets come from the input descriptor. The rectangle is clipped to the frame. Filter thread,
-/// engine lock held.
-void logo_filter(logo_image_s record, camera_buffer_t* input, camera_buffer_t* output);
+/// offsets come from the input descriptor. The rectangle is clipped to the frame; an odd position is taken
+/// as the even one before it. Filter thread, engine lock held.
+void logo_filter(logo_image_s record, const camera_buffer_t* input, const camera_buffer_t* output);

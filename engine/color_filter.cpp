@@ -1,0 +1,183 @@
+#include "engine/color_filter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <mutex>
+
+#include "engine/filter_thread.h"
+#include "engine/frame_planes.h"
+#include "engine/kernels/color_kernels.h"
+
+std::atomic<std::int32_t> _u = 128, _v = 128, _y = 128;
+std::atomic<float> _color_filter_value = 0.5f;
+std::atomic<bool> _busy = false;
+std::uint8_t filter_bitmask[filter_bitmask_size] = {};
+static_assert(filter_bitmask_size == kernels::mask_size);
+
+namespace {
+
+using color_match = bool (*)(std::uint8_t luma, std::uint8_t u, std::uint8_t v, double threshold);
+
+constexpr color_match predicates[] = {color_match_red, color_match_green, color_match_blue, color_match_yellow};
+
+struct tint {
+  std::uint8_t u, v;
+};
+
+/// Effects 1 to 5: yellow, blue, green and red solid, sepia.
+constexpr tint tints[] = {{0, 128}, {200, 0}, {0, 0}, {85, 243}, {110, 140}};
+
+constexpr std::int32_t effect_custom = 0, effect_flat_luma = 6, effect_greyscale = 7;
+constexpr std::uint8_t flat_luma = 110, grey_chroma = 127;
+
+struct rgb {
+  double red, green, blue;
+};
+
+rgb rgb_for_yuv(std::uint8_t luma, std::uint8_t u, std::uint8_t v) {
+  rgb color{};
+  get_rgb_for_yuv(luma, u, v, &color.red, &color.green, &color.blue);
+  return color;
+}
+
+struct band {
+  double lower, upper;
+};
+
+band band_around(double anchor, double other, double threshold) {
+  band limits{};
+  get_color_frame(anchor, other, threshold, &limits.upper, &limits.lower);
+  return limits;
+}
+
+bool strictly_inside(double value, const band& limits) {
+  return value < limits.upper && value > limits.lower;
+}
+
+/// Whether each of two components lies inside the band that the anchor and the other one span.
+bool anchored_on(double anchor, double first, double second, double threshold) {
+  return strictly_inside(second, band_around(anchor, first, threshold)) &&
+         strictly_inside(first, band_around(anchor, second, threshold));
+}
+
+/// Strictly outside on both sides, which takes limits that have changed places.
+bool strictly_reversed(double value, const band& limits) {
+  return value > limits.upper && value < limits.lower;
+}
+
+std::uint8_t mask_byte(int slab, int u_level, int v_level, double threshold, color_match matches) {
+  unsigned byte = 0;
+  for (int bit = 0; bit < 8; ++bit) {
+    const auto luma = static_cast<std::uint8_t>((slab * 8 + bit) * 8);
+    if (matches(luma, static_cast<std::uint8_t>(u_level * 8), static_cast<std::uint8_t>(v_level * 8), threshold)) {
+      byte |= 1u << bit;
+    }
+  }
+  return static_cast<std::uint8_t>(byte);
+}
+
+std::uint8_t truncated_byte(double value) {
+  return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
+}
+
+double clamped_component(double value) {
+  return std::max(std::min(value, 255.0), 0.0) / 255;
+}
+
+void fill_pairs(const camera_buffer_t& input, const camera_buffer_t& output, std::uint8_t u, std::uint8_t v) {
+  kernels::fill_pairs(output.data + chroma_offset(output), chroma_stride(output), input.nv12.width,
+                      input.nv12.height / 2, u, v);
+}
+
+}  // namespace
+
+void filter_init(double threshold, FilterColorMatch which) {
+  const color_match matches = predicates[which];
+  std::uint8_t built[filter_bitmask_size];
+  for (int i = 0; i < filter_bitmask_size; ++i)
+    built[i] = mask_byte(i >> 10, (i >> 5) & 31, i & 31, threshold, matches);
+  const std::lock_guard lock(engine_lock());
+  std::memcpy(filter_bitmask, built, sizeof built);
+}
+
+void get_rgb_for_yuv(std::uint8_t luma, std::uint8_t u, std::uint8_t v, double* red, double* green, double* blue) {
+  const double y = luma, du = u - 128, dv = v - 128;
+  *red = clamped_component(y + 1.402 * dv);
+  *green = clamped_component(y - (0.714 * dv + 0.344 * du));
+  *blue = clamped_component(y + 1.772 * du);
+}
+
+void get_color_frame(double anchor, double other, double threshold, double* upper, double* lower) {
+  *upper = threshold * anchor + other * (1 - threshold);
+  *lower = other / (1 - threshold) + threshold * anchor / (threshold - 1);
+}
+
+bool color_match_red(std::uint8_t luma, std::uint8_t u, std::uint8_t v, double threshold) {
+  const rgb color = rgb_for_yuv(luma, u, v);
+  return anchored_on(color.red, color.green, color.blue, threshold);
+}
+
+bool color_match_green(std::uint8_t luma, std::uint8_t u, std::uint8_t v, double threshold) {
+  const rgb color = rgb_for_yuv(luma, u, v);
+  return anchored_on(color.green, color.red, color.blue, threshold);
+}
+
+bool color_match_blue(std::uint8_t luma, std::uint8_t u, std::uint8_t v, double threshold) {
+  const rgb color = rgb_for_yuv(luma, u, v);
+  return anchored_on(color.blue, color.red, color.green, threshold);
+}
+
+bool color_match_yellow(std::uint8_t luma, std::uint8_t u, std::uint8_t v, double threshold) {
+  const rgb color = rgb_for_yuv(luma, u, v);
+  return strictly_reversed(color.green, band_around(color.blue, color.red, threshold)) &&
+         strictly_reversed(color.red, band_around(color.blue, color.green, threshold));
+}
+
+void logo_get_yuv_for_rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t* luma, std::uint8_t* u,
+                          std::uint8_t* v) {
+  *luma = truncated_byte(0.299 * red + 0.587 * green + 0.114 * blue);
+  *u = truncated_byte(-0.169 * red - 0.331 * green + 0.499 * blue + 128);
+  *v = truncated_byte(0.499 * red - 0.418 * green - 0.0813 * blue + 128);
+}
+
+bool color_match_for_effect(std::int32_t effect, FilterColorMatch* which) {
+  constexpr FilterColorMatch by_effect[] = {filter_match_yellow, filter_match_blue, filter_match_green,
+                                            filter_match_red};
+  if (effect < 8 || effect > 11) return false;
+  *which = by_effect[effect - 8];
+  return true;
+}
+
+void changeCustomColor(int type, float value) {
+  // A value that no integer holds, or none at all, has no truncation: the nearest integer, or 0, stands in.
+  const double bounded = std::isnan(value) ? 0.0 : std::clamp<double>(value, INT32_MIN, INT32_MAX);
+  std::atomic<std::int32_t>& component = type == 0 ? _y : type == 1 ? _u : _v;
+  component = static_cast<std::int32_t>(bounded);
+}
+
+void changeFilterColor(float value) {
+  if (_busy) return;
+  FilterColorMatch which{};
+  if (color_match_for_effect(_cur_camera_filter, &which)) filter_init(value, which);
+  _color_filter_value = value;
+}
+
+void apply_color_fill(std::int32_t effect, const camera_buffer_t& input, const camera_buffer_t& output) {
+  const camera_frame_nv12_t& size = input.nv12;
+  if (effect == effect_custom) {
+    fill_pairs(input, output, static_cast<std::uint8_t>(_u.load() & 0xFF), static_cast<std::uint8_t>(_v.load() & 0xFF));
+  } else if (effect == effect_flat_luma) {
+    kernels::fill_bytes(output.data, luma_stride(output), size.width, size.height, flat_luma);
+  } else if (effect == effect_greyscale) {
+    kernels::fill_bytes(output.data + chroma_offset(output), chroma_stride(output), size.width, size.height / 2,
+                        grey_chroma);
+  } else {
+    fill_pairs(input, output, tints[effect - 1].u, tints[effect - 1].v);
+  }
+}
+
+void apply_color_mask(const camera_buffer_t& input, const camera_buffer_t& output) {
+  kernels::keep_color(output.data, luma_stride(output), output.data + chroma_offset(output), chroma_stride(output),
+                      input.nv12.width, input.nv12.height, filter_bitmask);
+}
