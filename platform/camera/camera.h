@@ -25,12 +25,12 @@ enum camera_unit_t : std::int32_t {
 
 /// Access mode bits of camera_open. A handle may do only what its mode includes.
 enum camera_mode_t : std::uint32_t {
-  CAMERA_MODE_PREAD = 0x01,  ///< read stream properties
-  CAMERA_MODE_PWRITE = 0x02, ///< set stream properties
-  CAMERA_MODE_DREAD = 0x04,  ///< read frames
-  CAMERA_MODE_DWRITE = 0x08, ///< edit frames
-  CAMERA_MODE_ROLL = 0x10,   ///< create camera-roll files
-  CAMERA_MODE_ALL = 0x1F,    ///< 31: all of them
+  CAMERA_MODE_PREAD = 0x01,   ///< read stream properties
+  CAMERA_MODE_PWRITE = 0x02,  ///< set stream properties
+  CAMERA_MODE_DREAD = 0x04,   ///< read frames
+  CAMERA_MODE_DWRITE = 0x08,  ///< edit frames
+  CAMERA_MODE_ROLL = 0x10,    ///< create camera-roll files
+  CAMERA_MODE_ALL = 0x1F,     ///< 31: all of them
 };
 
 enum camera_feature_t : std::int32_t {
@@ -39,20 +39,20 @@ enum camera_feature_t : std::int32_t {
   CAMERA_FEATURE_STABILIZATION = 4,
   CAMERA_FEATURE_VIDEO = 6,
   CAMERA_FEATURE_VIDEOLIGHT = 8,
-  CAMERA_FEATURE_SHARED_ROTATION = 10, ///< the viewfinder stream turns with the video stream
+  CAMERA_FEATURE_SHARED_ROTATION = 10,  ///< the viewfinder stream turns with the video stream
 };
 
 /// Stream properties, passed as property/value pairs ended by -1.
 enum camera_imgprop_t : std::int32_t {
   CAMERA_IMGPROP_END = -1,
-  CAMERA_IMGPROP_FORMAT = 0,        ///< camera_frametype_t, read only
-  CAMERA_IMGPROP_WIDTH = 1,         ///< pixels, even
-  CAMERA_IMGPROP_HEIGHT = 2,        ///< pixels, even
-  CAMERA_IMGPROP_FRAMERATE = 3,     ///< frames per second, 1..120; default 30
-  CAMERA_IMGPROP_ROTATION = 6,      ///< 0, 90, 180 or 270 degrees
-  CAMERA_IMGPROP_STABILIZATION = 7, ///< 1 on, 0 off
-  CAMERA_IMGPROP_WIN_GROUPID = 11,  ///< C string, viewfinder stream only
-  CAMERA_IMGPROP_WIN_ID = 12,       ///< C string, viewfinder stream only
+  CAMERA_IMGPROP_FORMAT = 0,         ///< camera_frametype_t, read only
+  CAMERA_IMGPROP_WIDTH = 1,          ///< pixels, even
+  CAMERA_IMGPROP_HEIGHT = 2,         ///< pixels, even
+  CAMERA_IMGPROP_FRAMERATE = 3,      ///< frames per second, 1..120; default 30
+  CAMERA_IMGPROP_ROTATION = 6,       ///< 0, 90, 180 or 270 degrees
+  CAMERA_IMGPROP_STABILIZATION = 7,  ///< 1 on, 0 off
+  CAMERA_IMGPROP_WIN_GROUPID = 11,   ///< C string, viewfinder stream only
+  CAMERA_IMGPROP_WIN_ID = 12,        ///< C string, viewfinder stream only
 };
 
 enum camera_frametype_t : std::int32_t {
@@ -81,16 +81,13 @@ enum camera_focusmode_t : std::int32_t {
   CAMERA_FOCUSMODE_CONTINUOUS_AUTO = 5,
 };
 
-/// How an event key uses the frames.
-enum camera_eventmode_t : std::int32_t {
-  CAMERA_EVENTMODE_READONLY = 0,
-  CAMERA_EVENTMODE_READWRITE = 1, ///< the frame is held back from its consumers until it is returned
-};
+/// How an event key uses the frames: it edits them, and each is held back from its consumers until it is returned.
+enum camera_eventmode_t : std::int32_t { CAMERA_EVENTMODE_READWRITE = 1 };
 
 enum camera_devstatus_t : std::int32_t {
-  CAMERA_STATUS_RESOURCES_REVOKED = 12, ///< the source failed or was unplugged; the unit delivers no more frames
-  CAMERA_STATUS_VIDEO_FINISHED = 101,   ///< an unpaced clip has ended and the recording is complete
-  CAMERA_STATUS_VIDEO_FAILED = 102,     ///< the recording ended by itself; `extra` is an errno value (ENOSPC, EIO …)
+  CAMERA_STATUS_RESOURCES_REVOKED = 12,  ///< the source failed or was unplugged; the unit delivers no more frames
+  CAMERA_STATUS_VIDEO_FINISHED = 101,    ///< an unpaced clip has ended and the recording is complete
+  CAMERA_STATUS_VIDEO_FAILED = 102,      ///< the recording ended by itself; `extra` is an errno value (ENOSPC, EIO …)
 };
 
 enum camera_roll_video_fmt_t : std::int32_t { CAMERA_ROLL_VIDEO_FMT_DEFAULT = 0 };
@@ -103,24 +100,24 @@ struct camera_res_t {
 /// Geometry of an NV12 picture. Luma sample (x, r) is at data + r * stride + x. The chroma plane has
 /// height / 2 rows of interleaved U,V pairs; row c starts at data + uv_offset + c * uv_stride.
 struct camera_frame_nv12_t {
-  std::uint32_t height;   ///< pixels
-  std::uint32_t width;    ///< pixels
-  std::uint32_t stride;   ///< bytes from one luma row to the next, >= width
-  std::int64_t uv_offset; ///< bytes from `data` to the chroma plane
-  std::int64_t uv_stride; ///< bytes from one chroma row to the next, >= width
+  std::uint32_t height;    ///< pixels
+  std::uint32_t width;     ///< pixels
+  std::uint32_t stride;    ///< bytes from one luma row to the next, >= width
+  std::int64_t uv_offset;  ///< bytes from `data` to the chroma plane
+  std::int64_t uv_stride;  ///< bytes from one chroma row to the next, >= width
 };
 
 /// One descriptor of a viewfinder frame. A frame event yields two of them, an input and an output,
 /// that describe the same memory; both are valid until they are returned.
 struct camera_buffer_t {
   std::uint8_t* data;
-  std::uint64_t data_size;     ///< bytes from `data` to the end of the picture
-  std::uint64_t metadata_size; ///< bytes of per-frame metadata; 0 from this service
-  std::int64_t timestamp;      ///< nanoseconds of CLOCK_MONOTONIC
+  std::uint64_t data_size;      ///< bytes from `data` to the end of the picture
+  std::uint64_t metadata_size;  ///< bytes of per-frame metadata; 0 from this service
+  std::int64_t timestamp;       ///< nanoseconds of CLOCK_MONOTONIC
   camera_frametype_t frametype;
   camera_frame_nv12_t nv12;
-  std::uint64_t pair; ///< the service's: which pair
-  std::uint32_t role; ///< the service's: 0 input, 1 output
+  std::uint64_t pair;  ///< the service's: which pair
+  std::uint32_t role;  ///< the service's: 0 input, 1 output
 };
 
 using camera_eventkey_t = std::int32_t;

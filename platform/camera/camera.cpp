@@ -1,0 +1,347 @@
+#include "platform/camera/camera.h"
+
+#include <gst/gst.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+
+#include "platform/camera/camera_config.h"
+#include "platform/camera/recorder.h"
+#include "platform/camera/unit.h"
+#include "platform/device/profile.h"
+#include "platform/device/sandbox.h"
+
+namespace {
+
+using handset::CameraUnit;
+using handset::FrameExchange;
+
+struct Service {
+  /// Guards everything here; held for look-ups, never while a camera is opened or closed.
+  std::mutex mutex;
+  std::map<camera_handle_t, std::shared_ptr<CameraUnit>> open;
+  std::map<camera_handle_t, std::shared_ptr<FrameExchange>> orphans;  ///< closed, with a pair still out
+  std::set<camera_unit_t> reserved;                                   ///< open, opening or closing
+  camera_handle_t next_handle = 0;
+  std::unique_ptr<handset::CameraServiceConfig> config;
+};
+
+Service& service() {
+  static Service* instance = new Service;  // never destroyed: callbacks may come during exit
+  return *instance;
+}
+
+/// Hands an errno value on as a result.
+int result(int error) {
+  if (error != 0) errno = error;
+  return error;
+}
+
+std::shared_ptr<CameraUnit> find(camera_handle_t handle) {
+  Service& s = service();
+  const std::lock_guard lock(s.mutex);
+  const auto found = s.open.find(handle);
+  return found != s.open.end() ? found->second : nullptr;
+}
+
+/// Runs `operation` on an open camera whose mode includes `needed`.
+template <typename Operation>
+int with_unit(camera_handle_t handle, std::uint32_t needed, Operation operation) {
+  const std::shared_ptr<CameraUnit> unit = find(handle);
+  if (!unit) return result(EBADF);
+  if ((unit->mode() & needed) != needed) return result(EACCES);
+  return result(operation(*unit));
+}
+
+/// Runs `operation` on the frame exchange of a camera whose viewfinder runs, or of one that was closed
+/// while its editor was still at work.
+template <typename Operation>
+int with_exchange(camera_handle_t handle, Operation operation) {
+  std::shared_ptr<FrameExchange> exchange;
+  if (const auto unit = find(handle)) {
+    exchange = unit->exchange();
+  } else {
+    Service& s = service();
+    const std::lock_guard lock(s.mutex);
+    const auto orphan = s.orphans.find(handle);
+    if (orphan != s.orphans.end()) exchange = orphan->second;
+  }
+  return result(exchange ? operation(*exchange) : EBADF);
+}
+
+/// Fills a caller's array in the two-call manner: room 0 asks for the number.
+template <typename Count, typename Value>
+int list(const Value* values, std::size_t size, Count room, Count* supported, Value* out) {
+  if (supported == nullptr || (room > 0 && out == nullptr)) return EINVAL;
+  if (room == 0) {
+    *supported = static_cast<Count>(size);
+    return 0;
+  }
+  *supported = static_cast<Count>(std::min(static_cast<std::size_t>(room), size));
+  std::copy(values, values + *supported, out);
+  return 0;
+}
+
+/// Source and unit of a reserved unit number; 0 with `handle` set.
+int open_reserved(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle) {
+  gst_init(nullptr, nullptr);
+  handset::CameraServiceConfig config;
+  {
+    Service& s = service();
+    const std::lock_guard lock(s.mutex);
+    if (!s.config) {
+      s.config = std::make_unique<handset::CameraServiceConfig>(handset::config_from_device_profile());
+    }
+    config = *s.config;
+  }
+  handset::Source source;
+  if (const int error = handset::resolve_source(config, unit, &source)) return error;
+  Service& s = service();
+  const std::lock_guard lock(s.mutex);
+  *handle = s.next_handle++;
+  s.open.emplace(*handle, std::make_shared<CameraUnit>(*handle, unit, mode, std::move(source), config));
+  return 0;
+}
+
+void release(camera_unit_t unit) {
+  Service& s = service();
+  const std::lock_guard lock(s.mutex);
+  s.reserved.erase(unit);
+}
+
+}  // namespace
+
+namespace handset {
+
+CameraServiceConfig config_from_device_profile() {
+  const DeviceProfile& profile = device_profile();
+  CameraServiceConfig config;
+  config.front = profile.front;
+  config.rear = profile.rear;
+  config.desktop = profile.desktop;
+  config.microphone = profile.microphone;
+  config.video_light = profile.video_light;
+  config.stabilization = profile.stabilization;
+  config.memory_file = user_dirs().data + "/morvane/cameras";
+  return config;
+}
+
+void configure_camera_service(const CameraServiceConfig& config) {
+  Service& s = service();
+  const std::lock_guard lock(s.mutex);
+  s.config = std::make_unique<CameraServiceConfig>(config);
+}
+
+int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics) {
+  return with_unit(handle, 0, [&](CameraUnit& unit) {
+    *statistics = unit.statistics();
+    return 0;
+  });
+}
+
+}  // namespace handset
+
+int camera_open(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle) {
+  const bool known = unit == CAMERA_UNIT_FRONT || unit == CAMERA_UNIT_REAR || unit == CAMERA_UNIT_DESKTOP;
+  if (!known || handle == nullptr || mode == 0 || (mode & ~std::uint32_t{CAMERA_MODE_ALL}) != 0) return result(EINVAL);
+  {
+    Service& s = service();
+    const std::lock_guard lock(s.mutex);
+    if (!s.reserved.insert(unit).second) return result(EBUSY);
+  }
+  const int error = open_reserved(unit, mode, handle);
+  if (error != 0) release(unit);
+  return result(error);
+}
+
+int camera_close(camera_handle_t handle) {
+  std::shared_ptr<CameraUnit> unit;
+  {
+    Service& s = service();
+    const std::lock_guard lock(s.mutex);
+    const auto found = s.open.find(handle);
+    if (found == s.open.end()) return result(EBADF);
+    unit = found->second;
+    s.open.erase(found);
+    // The editor may still return its pair while the camera closes.
+    if (const auto exchange = unit->exchange()) s.orphans.emplace(handle, exchange);
+  }
+  const std::shared_ptr<FrameExchange> exchange = unit->exchange();
+  unit->stop_viewfinder();
+  if (exchange && exchange->wait_unused(std::chrono::milliseconds(0))) {
+    Service& s = service();
+    const std::lock_guard lock(s.mutex);
+    s.orphans.erase(handle);
+  }
+  release(unit->unit());
+  return 0;
+}
+
+bool camera_has_feature(camera_handle_t handle, int feature) {
+  const std::shared_ptr<CameraUnit> unit = find(handle);
+  return unit && unit->has_feature(feature);
+}
+
+int camera_get_video_vf_resolutions(camera_handle_t handle, unsigned room, unsigned* supported, camera_res_t* sizes) {
+  return with_unit(handle, CAMERA_MODE_PREAD, [&](CameraUnit& unit) {
+    return list(unit.sizes().data(), unit.sizes().size(), room, supported, sizes);
+  });
+}
+
+int camera_get_supported_video_rotations(camera_handle_t handle, camera_frametype_t type, int room, int* supported,
+                                         int* degrees) {
+  return with_unit(handle, CAMERA_MODE_PREAD, [&](CameraUnit& unit) {
+    if (type != CAMERA_FRAMETYPE_NV12 || room < 0) return EINVAL;
+    constexpr int angles[] = {0, 90, 180, 270};
+    return list(angles, unit.unit() == CAMERA_UNIT_DESKTOP ? 1 : std::size(angles), room, supported, degrees);
+  });
+}
+
+// The four property functions differ in what they hand the argument list to.
+
+int camera_set_vf_property(camera_handle_t handle, int property, ...) {
+  std::va_list values;
+  va_start(values, property);
+  const int error = with_unit(handle, CAMERA_MODE_PWRITE, [&](CameraUnit& unit) {
+    return unit.set_properties(CameraUnit::Stream::viewfinder, property, &values);
+  });
+  va_end(values);
+  return error;
+}
+
+int camera_get_vf_property(camera_handle_t handle, int property, ...) {
+  std::va_list values;
+  va_start(values, property);
+  const int error = with_unit(handle, CAMERA_MODE_PREAD, [&](CameraUnit& unit) {
+    return unit.get_properties(CameraUnit::Stream::viewfinder, property, &values);
+  });
+  va_end(values);
+  return error;
+}
+
+int camera_set_video_property(camera_handle_t handle, int property, ...) {
+  std::va_list values;
+  va_start(values, property);
+  const int error = with_unit(handle, CAMERA_MODE_PWRITE, [&](CameraUnit& unit) {
+    return unit.set_properties(CameraUnit::Stream::video, property, &values);
+  });
+  va_end(values);
+  return error;
+}
+
+int camera_get_video_property(camera_handle_t handle, int property, ...) {
+  std::va_list values;
+  va_start(values, property);
+  const int error = with_unit(handle, CAMERA_MODE_PREAD, [&](CameraUnit& unit) {
+    return unit.get_properties(CameraUnit::Stream::video, property, &values);
+  });
+  va_end(values);
+  return error;
+}
+
+int camera_start_video_viewfinder(camera_handle_t handle, camera_viewfinder_callback_t frame_callback,
+                                  camera_status_callback_t status_callback, void* arg) {
+  return with_unit(handle, CAMERA_MODE_DREAD,
+                   [&](CameraUnit& unit) { return unit.start_viewfinder(frame_callback, status_callback, arg); });
+}
+
+int camera_stop_viewfinder(camera_handle_t handle) {
+  return with_unit(handle, 0, [](CameraUnit& unit) { return unit.stop_viewfinder(); });
+}
+
+int camera_enable_viewfinder_event(camera_handle_t handle, camera_eventmode_t mode, camera_eventkey_t* key,
+                                   const pulse_event_t* event) {
+  if (key == nullptr || event == nullptr) return result(EINVAL);
+  return with_unit(handle, CAMERA_MODE_DREAD | CAMERA_MODE_DWRITE, [&](CameraUnit& unit) {
+    const std::shared_ptr<FrameExchange> exchange = unit.exchange();
+    return exchange ? exchange->enable(mode, key, *event) : EINVAL;
+  });
+}
+
+int camera_disable_event(camera_handle_t handle, camera_eventkey_t key) {
+  return with_exchange(handle, [&](FrameExchange& exchange) { return exchange.disable(key); });
+}
+
+int camera_get_viewfinder_buffers(camera_handle_t handle, camera_eventkey_t key, camera_buffer_t* input,
+                                  camera_buffer_t* output) {
+  return with_exchange(handle, [&](FrameExchange& exchange) { return exchange.fetch(key, input, output); });
+}
+
+int camera_return_buffer(camera_handle_t handle, camera_buffer_t* buffer) {
+  if (buffer == nullptr) return result(EINVAL);
+  return with_exchange(handle, [&](FrameExchange& exchange) { return exchange.give_back(*buffer); });
+}
+
+int camera_register_resource(camera_handle_t handle) {
+  return with_exchange(handle, [](FrameExchange& exchange) { return exchange.add_user(1); });
+}
+
+int camera_deregister_resource(camera_handle_t handle) {
+  return with_exchange(handle, [](FrameExchange& exchange) { return exchange.add_user(-1); });
+}
+
+int camera_set_scene_mode(camera_handle_t handle, camera_scenemode_t mode) {
+  return with_unit(handle, CAMERA_MODE_PWRITE, [&](CameraUnit& unit) { return unit.set_scene_mode(mode); });
+}
+
+int camera_config_videolight(camera_handle_t handle, camera_videolightmode_t mode) {
+  return with_unit(handle, CAMERA_MODE_PWRITE, [&](CameraUnit& unit) { return unit.set_light(mode); });
+}
+
+int camera_set_focus_mode(camera_handle_t handle, camera_focusmode_t mode) {
+  return with_unit(handle, CAMERA_MODE_PWRITE, [&](CameraUnit& unit) { return unit.set_focus_mode(mode); });
+}
+
+int camera_get_zoom_limits(camera_handle_t handle, int* minimum, int* maximum, bool* smooth) {
+  if (minimum == nullptr || maximum == nullptr || smooth == nullptr) return result(EINVAL);
+  return with_unit(handle, CAMERA_MODE_PREAD,
+                   [&](CameraUnit& unit) { return unit.zoom_limits(minimum, maximum, smooth); });
+}
+
+int camera_set_zoom(camera_handle_t handle, int level, bool) {
+  return with_unit(handle, CAMERA_MODE_PWRITE, [&](CameraUnit& unit) { return unit.set_zoom(level); });
+}
+
+int camera_roll_open_video(camera_handle_t handle, int* fd, char* name, std::size_t name_size,
+                           camera_roll_video_fmt_t format) {
+  if (fd == nullptr || name == nullptr || format != CAMERA_ROLL_VIDEO_FMT_DEFAULT) return result(EINVAL);
+  return with_unit(handle, CAMERA_MODE_ROLL, [&](CameraUnit&) {
+    const std::string folder = camera_roll_dir();
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) return error.value();
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    char stem[32];
+    if (localtime_r(&now, &local) == nullptr || std::strftime(stem, sizeof stem, "/VID_%Y%m%d_%H%M%S", &local) == 0)
+      return EIO;
+    // The longest name that numbering can lead to must fit.
+    if (folder.size() + std::strlen(stem) + sizeof("_9999.mp4") > name_size) return ENAMETOOLONG;
+    std::string path;
+    if (const int failure = handset::create_video_file(folder + stem, 0, &path, fd)) return failure;
+    std::memcpy(name, path.c_str(), path.size() + 1);
+    return 0;
+  });
+}
+
+int camera_roll_close_video(int fd) {
+  return close(fd) == 0 ? 0 : errno;
+}
+
+int camera_start_video(camera_handle_t handle, const char* filename, camera_viewfinder_callback_t video_callback,
+                       camera_status_callback_t status_callback, void* arg) {
+  return with_unit(handle, CAMERA_MODE_DREAD,
+                   [&](CameraUnit& unit) { return unit.start_video(filename, video_callback, status_callback, arg); });
+}
+
+int camera_stop_video(camera_handle_t handle) {
+  return with_unit(handle, 0, [](CameraUnit& unit) { return unit.stop_video(); });
+}

@@ -1,0 +1,250 @@
+#include "platform/camera/capture.h"
+
+#include <gst/app/gstappsink.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/camera/colorimetry.h"
+
+namespace handset {
+
+std::int64_t monotonic_now() {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsigned output_height, double zoom) {
+  const double shape = static_cast<double>(output_width) / output_height;
+  const double width = std::min<double>(input_width, input_height * shape) / zoom;
+  const double height = std::min<double>(input_height, input_width / shape) / zoom;
+  const auto cut = [](int whole, double part) {
+    // Half a pixel of rounding must not turn a picture that fits into a scaled one.
+    return static_cast<int>((whole - part) / 2 + 0.01) & ~1;
+  };
+  const int x = cut(input_width, width);
+  const int y = cut(input_height, height);
+  return {x, x, y, y};
+}
+
+Capture::Capture(const Setup& setup, Deliver deliver) : setup_(setup), deliver_(std::move(deliver)) {}
+
+std::unique_ptr<Capture> Capture::start(const Setup& setup, Deliver deliver, std::string* error) {
+  std::unique_ptr<Capture> capture(new Capture(setup, std::move(deliver)));
+  if (!capture->build(error) || !capture->begin(error)) return nullptr;
+  return capture;
+}
+
+Capture::~Capture() {
+  stop();
+}
+
+void Capture::stop() {
+  if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+}
+
+bool Capture::build(std::string* error) {
+  ElementPtr source = make_source_element(*setup_.source, setup_.size, setup_.frame_rate, error);
+  if (!source) return false;
+  GError* problem = nullptr;
+  const std::string caps = "video/x-raw,format=NV12,width=" + std::to_string(setup_.size.width) +
+                           ",height=" + std::to_string(setup_.size.height) +
+                           ",pixel-aspect-ratio=1/1,colorimetry=" + frame_colorimetry;
+  GstElement* tail = gst_parse_bin_from_description_full(
+      ("videocrop name=crop ! videoconvertscale name=convert add-borders=false n-threads=2 ! " + caps +
+       " ! videobalance name=balance ! appsink name=sink max-buffers=1 enable-last-sample=false wait-on-eos=false")
+          .c_str(),
+      TRUE, nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &problem);
+  if (tail == nullptr) {
+    *error = problem->message;
+    g_clear_error(&problem);
+    return false;
+  }
+  pipeline_ = ElementPtr::adopt(gst_pipeline_new("capture"));
+  gst_bin_add_many(GST_BIN(pipeline_.get()), source.get(), tail, nullptr);
+  if (!gst_element_link(source.get(), tail)) {
+    *error = "the source gives no raw video";
+    return false;
+  }
+  const auto child = [this](const char* name) {
+    return ElementPtr::adopt(gst_bin_get_by_name(GST_BIN(pipeline_.get()), name));
+  };
+  crop_ = child("crop");
+  balance_ = child("balance");
+  sink_ = child("sink");
+  bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));
+  // A file has to be slowed down to its own pace; cameras come at theirs.
+  g_object_set(sink_.get(), "sync", setup_.source->is_file_paced() && !setup_.unpaced ? TRUE : FALSE, nullptr);
+  GstAppSinkCallbacks callbacks{};
+  callbacks.new_sample = [](GstAppSink* sink, gpointer self) { return on_new_sample(GST_ELEMENT(sink), self); };
+  gst_app_sink_set_callbacks(GST_APP_SINK(sink_.get()), &callbacks, this, nullptr);
+
+  const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(crop_.get(), "sink"));
+  gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_input_event, this, nullptr);
+  return true;
+}
+
+bool Capture::begin(std::string* error) {
+  // One clock for picture and sound: timestamps of all pipelines are comparable.
+  const auto clock = ObjectPtr<GstClock>::adopt(gst_system_clock_obtain());
+  gst_pipeline_use_clock(GST_PIPELINE(pipeline_.get()), clock.get());
+  last_frame_ = monotonic_now();
+  const bool looping = setup_.source->is_clip() && !setup_.unpaced;
+  bool started = true;
+  if (looping) {
+    started = gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE &&
+              gst_element_get_state(pipeline_.get(), nullptr, nullptr, 5 * GST_SECOND) == GST_STATE_CHANGE_SUCCESS &&
+              seek_to_start(true);
+  }
+  started = started && gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+  if (started) return true;
+  *error = poll(std::chrono::milliseconds(0)) == Event::failed ? failure_ : "the source does not start";
+  return false;
+}
+
+/// A segment seek makes the clip's end a message instead of the stream's end; the next loop's
+/// timestamps then continue this one's.
+bool Capture::seek_to_start(bool flush) {
+  const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_SEGMENT | (flush ? GST_SEEK_FLAG_FLUSH : 0));
+  return gst_element_seek(pipeline_.get(), 1.0, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_NONE, 0);
+}
+
+Capture::Event Capture::poll(std::chrono::milliseconds limit) {
+  const auto types = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS | GST_MESSAGE_SEGMENT_DONE |
+                                                 GST_MESSAGE_APPLICATION);
+  const auto wait = static_cast<GstClockTime>(std::chrono::nanoseconds(limit).count());
+  const MessagePtr message = MessagePtr::adopt(gst_bus_timed_pop_filtered(bus_.get(), wait, types));
+  if (!message) return Event::none;
+  switch (GST_MESSAGE_TYPE(message.get())) {
+    case GST_MESSAGE_ERROR: {
+      GError* error = nullptr;
+      gst_message_parse_error(message.get(), &error, nullptr);
+      failure_ = error->message;
+      g_error_free(error);
+      return Event::failed;
+    }
+    case GST_MESSAGE_EOS:
+      return Event::ended;
+    case GST_MESSAGE_SEGMENT_DONE:
+      if (seek_to_start(false)) return Event::none;
+      failure_ = "the clip cannot be rewound";
+      return Event::failed;
+    default:
+      return Event::none;
+  }
+}
+
+void Capture::wake() {
+  gst_bus_post(bus_.get(), gst_message_new_application(GST_OBJECT(pipeline_.get()), gst_structure_new_empty("wake")));
+}
+
+bool Capture::wait_first_frame(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  return arrived_.wait_for(lock, limit, [this] { return has_frame_; });
+}
+
+std::chrono::nanoseconds Capture::silence() const {
+  const std::lock_guard lock(mutex_);
+  return std::chrono::nanoseconds(monotonic_now() - last_frame_);
+}
+
+std::shared_ptr<const GstVideoInfo> Capture::picture() const {
+  const std::lock_guard lock(mutex_);
+  return info_;
+}
+
+void Capture::set_zoom(double factor) {
+  {
+    const std::lock_guard lock(mutex_);
+    zoom_ = factor;
+  }
+  update_crop();
+}
+
+void Capture::update_crop() {
+  Crop crop;
+  {
+    const std::lock_guard lock(mutex_);
+    if (input_width_ == 0) return;
+    crop = crop_to_fill(input_width_, input_height_, setup_.size.width, setup_.size.height, zoom_);
+  }
+  g_object_set(crop_.get(), "left", crop.left, "right", crop.right, "top", crop.top, "bottom", crop.bottom, nullptr);
+}
+
+void Capture::set_balance(double brightness, double contrast, double saturation) {
+  g_object_set(balance_.get(), "brightness", brightness, "contrast", 1 + contrast, "saturation", 1 + saturation,
+               nullptr);
+}
+
+void Capture::frame_rate(int* numerator, int* denominator) const {
+  const std::lock_guard lock(mutex_);
+  *numerator = rate_numerator_;
+  *denominator = rate_denominator_;
+}
+
+/// The crop depends on the input's size, which is known when its caps pass.
+GstPadProbeReturn Capture::on_input_event(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  auto* self = static_cast<Capture*>(data);
+  GstEvent* event = gst_pad_probe_info_get_event(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
+  GstCaps* caps = nullptr;
+  gst_event_parse_caps(event, &caps);
+  GstVideoInfo input;
+  if (!gst_video_info_from_caps(&input, caps)) return GST_PAD_PROBE_OK;
+  {
+    const std::lock_guard lock(self->mutex_);
+    self->input_width_ = GST_VIDEO_INFO_WIDTH(&input);
+    self->input_height_ = GST_VIDEO_INFO_HEIGHT(&input);
+    self->rate_numerator_ = GST_VIDEO_INFO_FPS_N(&input);
+    self->rate_denominator_ = GST_VIDEO_INFO_FPS_D(&input);
+  }
+  self->update_crop();
+  return GST_PAD_PROBE_OK;
+}
+
+GstFlowReturn Capture::on_new_sample(GstElement*, gpointer self) {
+  return static_cast<Capture*>(self)->take_sample();
+}
+
+GstFlowReturn Capture::take_sample() {
+  Frame frame;
+  {
+    const SamplePtr sample = SamplePtr::adopt(gst_app_sink_pull_sample(GST_APP_SINK(sink_.get())));
+    if (!sample) return GST_FLOW_EOS;
+    GstCaps* caps = gst_sample_get_caps(sample.get());
+    if (caps_.get() != caps) {
+      auto info = std::make_shared<GstVideoInfo>();
+      if (!gst_video_info_from_caps(info.get(), caps)) return GST_FLOW_NOT_NEGOTIATED;
+      const std::lock_guard lock(mutex_);
+      info_ = std::move(info);
+      caps_ = CapsPtr::share(caps);
+    }
+    frame = {BufferPtr::share(gst_sample_get_buffer(sample.get())), info_, 0};
+    const GstSegment* segment = gst_sample_get_segment(sample.get());
+    const GstClockTime running =
+        gst_segment_to_running_time(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(frame.buffer.get()));
+    const GstClockTime base = gst_element_get_base_time(sink_.get());
+    frame.timestamp = GST_CLOCK_TIME_IS_VALID(running) ? static_cast<std::int64_t>(base + running) : monotonic_now();
+  }
+  frame = make_exclusive(std::move(frame));
+  if (!frame) return GST_FLOW_ERROR;
+  {
+    const std::lock_guard lock(mutex_);
+    has_frame_ = true;
+    last_frame_ = monotonic_now();
+  }
+  arrived_.notify_all();
+  deliver_(std::move(frame));
+  return GST_FLOW_OK;
+}
+
+/// The engine edits the pixels, so a picture that somebody else still reads (a decoder's reference,
+/// the sink's preroll) must be copied first. Frames that the conversion made never are.
+Frame Capture::make_exclusive(Frame frame) const {
+  GstBuffer* buffer = frame.buffer.get();
+  if (gst_buffer_is_writable(buffer) && gst_buffer_is_all_memory_writable(buffer)) return frame;
+  frame.buffer = BufferPtr::adopt(gst_buffer_copy_deep(buffer));
+  return frame;
+}
+
+}  // namespace handset

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/camera/frame.h"
+#include "platform/camera/source.h"
+
+namespace handset {
+
+/// The capture pipeline of one running unit: source, crop, scale, colour; its frames are NV12,
+/// full-range BT.601, of one size, upright, and nobody else holds their memory.
+class Capture {
+ public:
+  struct Setup {
+    const Source* source;
+    camera_res_t size;
+    int frame_rate;
+    bool unpaced;  ///< a clip runs once, as fast as its frames are taken
+  };
+  /// Runs on the streaming thread; may block to slow an unpaced source.
+  using Deliver = std::function<void(Frame)>;
+
+  /// Builds and starts. Returns before the first frame.
+  /// @return null with `error` filled when the pipeline cannot be built or refuses to start
+  static std::unique_ptr<Capture> start(const Setup& setup, Deliver deliver, std::string* error);
+  ~Capture();
+
+  /// What poll() found.
+  enum class Event { none, ended, failed };
+  /// Looks after the pipeline: errors, clip ends, loops. Waits up to `limit` for news. Service thread.
+  Event poll(std::chrono::milliseconds limit);
+  /// Ends a poll() that waits. Any thread.
+  void wake();
+  /// Why poll() said failed.
+  const std::string& failure() const { return failure_; }
+
+  /// Waits for the first frame. @return false when it has not come in time
+  bool wait_first_frame(std::chrono::milliseconds limit);
+  /// Geometry and colours of the frames; null before the first.
+  std::shared_ptr<const GstVideoInfo> picture() const;
+  /// Since the newest frame (or the start).
+  std::chrono::nanoseconds silence() const;
+
+  /// Magnification about the centre, 1 or more. Any thread.
+  void set_zoom(double factor);
+  /// Exposure and colour preset; zeros cost nothing. Any thread.
+  void set_balance(double brightness, double contrast, double saturation);
+  /// Frame rate as negotiated; 0/1 while unknown or variable.
+  void frame_rate(int* numerator, int* denominator) const;
+
+  /// Stops the streaming thread. deliver() must not be blocked any more.
+  void stop();
+
+ private:
+  Capture(const Setup& setup, Deliver deliver);
+
+  bool build(std::string* error);
+  bool begin(std::string* error);
+  void update_crop();
+  GstFlowReturn take_sample();
+  Frame make_exclusive(Frame frame) const;
+  bool seek_to_start(bool flush);
+  static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);
+
+  const Setup setup_;
+  const Deliver deliver_;
+  ElementPtr pipeline_;
+  ElementPtr crop_;
+  ElementPtr balance_;
+  ElementPtr sink_;
+  BusPtr bus_;
+  std::string failure_;
+
+  /// Guards what follows, up to the streaming thread's own. Never held during a call into GStreamer
+  /// that could wait for the streaming thread.
+  mutable std::mutex mutex_;
+  std::condition_variable arrived_;
+  bool has_frame_ = false;
+  std::int64_t last_frame_ = 0;
+  int input_width_ = 0;
+  int input_height_ = 0;
+  double zoom_ = 1;
+  int rate_numerator_ = 0;
+  int rate_denominator_ = 1;
+
+  std::shared_ptr<const GstVideoInfo> info_;  ///< written by the streaming thread
+
+  // Streaming thread.
+  CapsPtr caps_;
+};
+
+/// The rectangle of an input that fills an output of another shape, magnified: pixels to cut off on
+/// each side, even.
+struct Crop {
+  int left, right, top, bottom;
+};
+Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsigned output_height, double zoom);
+
+/// Nanoseconds of CLOCK_MONOTONIC.
+std::int64_t monotonic_now();
+
+}  // namespace handset

@@ -1,0 +1,183 @@
+#include "platform/camera/film.h"
+
+#include <gst/app/gstappsrc.h>
+
+#include <cerrno>
+#include <cmath>
+
+#include "platform/camera/camera_config.h"
+#include "platform/camera/colorimetry.h"
+#include "platform/camera/encoders.h"
+#include "platform/camera/microphone.h"
+
+namespace handset {
+namespace {
+
+/// Index bytes for a second of one track. A 30 frames/s camera needs some 430 (sizes and jittering
+/// durations of samples, chunk offsets), AAC some 280; 60 frames/s some 800.
+constexpr int index_bytes_per_second = 900;
+/// How often the index is rewritten; with the encoder's and the sound's delay this bounds what a kill loses.
+constexpr std::chrono::milliseconds index_period{700};
+
+std::string muxer_description(const Film::Setup& setup) {
+  const auto ns = [](auto duration) { return std::to_string(std::chrono::nanoseconds(duration).count()); };
+  return "mp4mux name=mux reserved-max-duration=" + ns(setup.index_reserve) +
+         " reserved-moov-update-period=" + ns(index_period) +
+         " reserved-bytes-per-sec=" + std::to_string(index_bytes_per_second) +
+         " ! filesink name=file sync=false buffer-mode=unbuffered";
+}
+
+/// Encoded data may wait long for the other track: it is small.
+constexpr char mux_queue[] = " ! queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ! mux. ";
+
+int errno_of(const GError* error) {
+  if (g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT)) return ENOSPC;
+  return EIO;
+}
+
+}  // namespace
+
+std::unique_ptr<Film> Film::start(const Setup& setup, std::string* error) {
+  std::unique_ptr<Film> film(new Film(setup));
+  return film->build(error) ? std::move(film) : nullptr;
+}
+
+Film::~Film() {
+  if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+}
+
+bool Film::build(std::string* error) {
+  const camera_res_t size{static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(setup_.info.get())),
+                          static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(setup_.info.get()))};
+  const int nominal_rate =
+      std::max(1, static_cast<int>(std::lround(static_cast<double>(setup_.rate_numerator) / setup_.rate_denominator)));
+  const VideoEncoder* encoder = proven_video_encoder(size, nominal_rate);
+  if (encoder == nullptr) {
+    *error = "no H.264 encoder works at this size";
+    return false;
+  }
+  std::string description = "appsrc name=video format=time is-live=true max-buffers=2 max-bytes=0 max-time=0 ! " +
+                            video_encoder_description(*encoder, size, nominal_rate) + mux_queue;
+  if (setup_.sound) {
+    description += "appsrc name=audio format=time is-live=true max-bytes=0 caps=" + std::string(audio_caps) + " ! " +
+                   audio_encoder_description() + mux_queue;
+  }
+  description += muxer_description(setup_);
+  GError* problem = nullptr;
+  pipeline_ =
+      ElementPtr::adopt(gst_parse_launch_full(description.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &problem));
+  if (!pipeline_) {
+    *error = problem->message;
+    g_error_free(problem);
+    return false;
+  }
+  const auto child = [this](const char* name) {
+    return ElementPtr::adopt(gst_bin_get_by_name(GST_BIN(pipeline_.get()), name));
+  };
+  video_ = child("video");
+  audio_ = child("audio");
+  muxer_ = child("mux");
+  bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));
+  const ElementPtr file = child("file");
+  g_object_set(file.get(), "location", setup_.path.c_str(), nullptr);
+  const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(file.get(), "sink"));
+  gst_pad_add_probe(
+      pad.get(), GST_PAD_PROBE_TYPE_BUFFER,
+      [](GstPad*, GstPadProbeInfo*, gpointer self) {
+        static_cast<Film*>(self)->in_file_ = true;
+        return GST_PAD_PROBE_REMOVE;
+      },
+      this, nullptr);
+
+  const CapsPtr caps = CapsPtr::adopt(gst_video_info_to_caps(setup_.info.get()));
+  gst_caps_set_simple(caps.get(), "framerate", GST_TYPE_FRACTION, setup_.rate_numerator, setup_.rate_denominator,
+                      nullptr);
+  g_object_set(video_.get(), "caps", caps.get(), nullptr);
+  GstAppSrcCallbacks callbacks{};
+  const auto set_ready = [](GstAppSrc*, gpointer self, bool ready) {
+    auto* film = static_cast<Film*>(self);
+    const std::lock_guard lock(film->mutex_);
+    film->ready_ = ready;
+    film->changed_.notify_all();
+  };
+  static const auto notify = set_ready;
+  callbacks.need_data = [](GstAppSrc* source, guint, gpointer self) { notify(source, self, true); };
+  callbacks.enough_data = [](GstAppSrc* source, gpointer self) { notify(source, self, false); };
+  gst_app_src_set_callbacks(GST_APP_SRC(video_.get()), &callbacks, this, nullptr);
+
+  if (gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) return true;
+  check();
+  *error = failure_.empty() ? "the encoder does not start" : failure_;
+  return false;
+}
+
+bool Film::wait_ready(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, limit, [this] { return ready_; });
+}
+
+void Film::push_video(const Frame& frame) {
+  // Two cameras' frames, or one that was held up, must not go back in time: the muxer refuses that.
+  const std::int64_t pts = std::max(frame.timestamp - setup_.start, last_pts_ + 1);
+  // A new wrapper around the same memory: the screen reads the original's timestamp at the same time.
+  GstBuffer* buffer = gst_buffer_copy(frame.buffer.get());
+  GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(pts);
+  GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE;
+  length_ = pts + (GST_BUFFER_DURATION_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_DURATION(buffer))
+                                                        : std::max<std::int64_t>(0, pts - last_pts_));
+  last_pts_ = pts;
+  gst_app_src_push_buffer(GST_APP_SRC(video_.get()), buffer);
+}
+
+void Film::push_audio(BufferPtr block, std::uint64_t first_sample) {
+  if (!audio_) return;
+  GstBuffer* buffer = gst_buffer_make_writable(block.release());
+  const guint64 samples = gst_buffer_get_size(buffer) / audio_frame_bytes;
+  GST_BUFFER_PTS(buffer) = gst_util_uint64_scale(first_sample, GST_SECOND, audio_rate);
+  GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE;
+  GST_BUFFER_DURATION(buffer) =
+      gst_util_uint64_scale(first_sample + samples, GST_SECOND, audio_rate) - GST_BUFFER_PTS(buffer);
+  gst_app_src_push_buffer(GST_APP_SRC(audio_.get()), buffer);
+}
+
+int Film::take_message(GstMessage* message) {
+  GError* error = nullptr;
+  gst_message_parse_error(message, &error, nullptr);
+  error_ = errno_of(error);
+  failure_ = error->message;
+  g_error_free(error);
+  return error_;
+}
+
+int Film::check() {
+  if (error_ != 0) return error_;
+  const MessagePtr message = MessagePtr::adopt(gst_bus_pop_filtered(bus_.get(), GST_MESSAGE_ERROR));
+  return message ? take_message(message.get()) : 0;
+}
+
+std::chrono::seconds Film::index_remaining() const {
+  guint64 remaining = 0;
+  g_object_get(muxer_.get(), "reserved-duration-remaining", &remaining, nullptr);
+  if (remaining == GST_CLOCK_TIME_NONE) return setup_.index_reserve;  // nothing was muxed yet
+  return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::nanoseconds(remaining));
+}
+
+int Film::finish() {
+  if (error_ == 0) {
+    gst_app_src_end_of_stream(GST_APP_SRC(video_.get()));
+    if (audio_) gst_app_src_end_of_stream(GST_APP_SRC(audio_.get()));
+    const auto limit = static_cast<GstClockTime>(std::chrono::nanoseconds(camera_timeouts::finalise).count());
+    const MessagePtr message = MessagePtr::adopt(gst_bus_timed_pop_filtered(
+        bus_.get(), limit, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
+    if (!message) {
+      error_ = ETIMEDOUT;
+      failure_ = "the encoder does not finish";
+    } else if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) {
+      take_message(message.get());
+    }
+  }
+  gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  return error_;
+}
+
+}  // namespace handset

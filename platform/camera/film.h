@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/camera/frame.h"
+
+namespace handset {
+
+/// One MP4 file in the making: the encoder pipeline, fresh for every file.
+///
+/// The muxer keeps room for the index in front of the media and rewrites the index there as it goes, so
+/// the file can be played at any moment, also after the process was killed. Used from one thread at a
+/// time; only wait_ready's wake-ups come from the pipeline's own threads.
+class Film {
+ public:
+  struct Setup {
+    std::string path;  ///< an existing file, which is overwritten
+    std::shared_ptr<const GstVideoInfo> info;
+    int rate_numerator;  ///< frames per second; a variable rate is told as the nominal one
+    int rate_denominator;
+    bool sound;
+    std::int64_t start;                  ///< CLOCK_MONOTONIC nanoseconds that become time 0
+    std::chrono::seconds index_reserve;  ///< length that the index has room for
+  };
+
+  /// Builds and starts.
+  /// @return null with `error` filled: no encoder, or the file cannot be written
+  static std::unique_ptr<Film> start(const Setup& setup, std::string* error);
+  ~Film();
+
+  /// Waits until the pipeline takes another frame. @return false at the end of the time, or when it has failed
+  bool wait_ready(std::chrono::milliseconds limit);
+  /// Whether data has reached the file.
+  bool in_file() const { return in_file_; }
+  /// Feeds a frame; its time is relative to Setup::start and must grow.
+  void push_video(const Frame& frame);
+  /// Feeds sound (audio_caps) that starts at a sample counted from Setup::start.
+  void push_audio(BufferPtr block, std::uint64_t first_sample);
+
+  /// 0, or the errno value that ended the film (ENOSPC, EFBIG, EIO …).
+  int check();
+  /// Text for error().
+  const std::string& failure() const { return failure_; }
+
+  /// How much longer the index has room for.
+  std::chrono::seconds index_remaining() const;
+
+  /// Completes the file. @return 0 or an errno value; ETIMEDOUT when the pipeline did not finish in time.
+  /// After a failure the file holds what its index knew last.
+  int finish();
+
+  std::int64_t length() const { return length_; }  ///< nanoseconds of picture fed so far
+
+ private:
+  explicit Film(const Setup& setup) : setup_(setup) {}
+  bool build(std::string* error);
+  int take_message(GstMessage* message);
+
+  const Setup setup_;
+  ElementPtr pipeline_;
+  ElementPtr video_;
+  ElementPtr audio_;
+  ElementPtr muxer_;
+  BusPtr bus_;
+  std::string failure_;
+  int error_ = 0;
+  std::int64_t last_pts_ = -1;
+  std::int64_t length_ = 0;
+  std::atomic<bool> in_file_{false};
+
+  /// Guards ready_, which the pipeline's threads set.
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool ready_ = true;
+};
+
+}  // namespace handset

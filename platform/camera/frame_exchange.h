@@ -1,0 +1,88 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+
+#include "platform/camera/camera.h"
+#include "platform/camera/frame.h"
+
+namespace handset {
+
+/// The descriptor of a mapped frame; pair and role are 0. Valid while the mapping is.
+camera_buffer_t describe_frame(const GstVideoFrame& mapped, std::int64_t timestamp);
+
+/// Hands frames from the streaming thread to whoever edits them, and on to the consumers.
+///
+/// One frame pair is in flight at a time. While it is announced or out, a paced exchange keeps the
+/// newest frame waiting and counts each one that it replaces; an unpaced one makes the streaming
+/// thread wait instead. Without an armed event frames go to the consumers as they are.
+class FrameExchange {
+ public:
+  enum class Pace { drop, wait };
+  /// Gets each finished frame, in order, without a lock held: on the thread that returned it, or on
+  /// the streaming thread when no event is armed. Must not allocate or block.
+  using Publish = std::function<void(const Frame&)>;
+
+  FrameExchange(Pace pace, Publish publish);
+
+  /// Takes a frame from the source. Streaming thread. An unpaced exchange returns when the frame is
+  /// announced, or at once after shut().
+  void offer(Frame frame);
+
+  /// Whether consumers want frames; an unpaced exchange announces none before. Any thread.
+  void set_wanted(bool wanted);
+
+  // The frame events of camera.h. Any thread; results as there.
+  int enable(camera_eventmode_t mode, camera_eventkey_t* key, const pulse_event_t& event);
+  int disable(camera_eventkey_t key);
+  int fetch(camera_eventkey_t key, camera_buffer_t* input, camera_buffer_t* output);
+  int give_back(const camera_buffer_t& buffer);
+
+  /// No more frames: what waits is dropped, a blocked offer() returns, later ones do nothing.
+  void shut();
+  /// Waits until no pair is announced or out. @return false at the end of the time
+  bool wait_idle(std::chrono::milliseconds limit);
+
+  /// Counts the threads that say they use the camera. @return EINVAL when more leave than came
+  int add_user(int count);
+  /// Waits until no pair is out and no user is left. @return false at the end of the time
+  bool wait_unused(std::chrono::milliseconds limit);
+
+  std::uint64_t arrived() const;   ///< frames that the source delivered
+  std::uint64_t replaced() const;  ///< frames dropped because a newer one came first
+  std::uint64_t edited() const;    ///< pairs fetched and returned
+
+ private:
+  enum class State { idle, announced, out, publishing };
+
+  void announce(std::unique_lock<std::mutex>& lock, Frame frame);
+  void drop_announced();
+
+  const Pace pace_;
+  const Publish publish_;
+
+  /// Guards everything below. Held for bookkeeping and for mapping a frame; never while a pulse is
+  /// sent or a frame is published.
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  State state_ = State::idle;
+  Frame current_;
+  Frame waiting_;
+  GstVideoFrame mapped_{};
+  std::uint64_t pair_ = 0;
+  std::uint32_t roles_back_ = 0;  ///< bit per descriptor that has been returned
+  bool armed_ = false;
+  bool wanted_ = false;
+  int users_ = 0;
+  bool shut_ = false;
+  camera_eventkey_t key_ = 0;
+  pulse_event_t event_{};
+  std::uint64_t arrived_ = 0;
+  std::uint64_t replaced_ = 0;
+  std::uint64_t edited_ = 0;
+};
+
+}  // namespace handset

@@ -1,0 +1,258 @@
+#include "platform/camera/recorder.h"
+
+#include <fcntl.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/camera/camera_config.h"
+
+namespace handset {
+namespace {
+
+constexpr std::chrono::milliseconds turn{50};  ///< the thread looks after things at least this often
+constexpr std::chrono::seconds look_period{1};
+/// Sound that lags the picture by more than this is replaced by silence, so that the muxer never waits
+/// for a microphone that has stalled.
+constexpr std::int64_t sound_patience_ns = 250'000'000;
+/// Differences between the microphone's clock and the picture's that are passed over.
+constexpr std::int64_t sound_tolerance = audio_rate / 25;
+constexpr std::uint64_t silence_block = 1024;
+
+std::int64_t samples_of(std::int64_t nanoseconds) {
+  return nanoseconds * (audio_rate / 1000) / 1'000'000;
+}
+
+}  // namespace
+
+int create_video_file(const std::string& stem, int first_number, std::string* path, int* fd) {
+  for (int number = first_number; number < 10000; ++number) {
+    *path = stem + (number > 0 ? "_" + std::to_string(number) : "") + ".mp4";
+    *fd = open(path->c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (*fd >= 0) return 0;
+    if (errno != EEXIST) return errno;
+  }
+  return EEXIST;
+}
+
+Recorder::Recorder(Setup setup, Ended ended)
+    : setup_(std::move(setup)), ended_(std::move(ended)), thread_([this] { run(); }) {}
+
+Recorder::~Recorder() {
+  stop();
+}
+
+bool Recorder::push(const Frame& frame) {
+  std::unique_lock lock(mutex_);
+  if (setup_.wait_for_room) {
+    changed_.wait(lock, [this] { return count_ < queue_length || stopping_ || phase_ == Phase::ended; });
+  }
+  if (stopping_ || phase_ == Phase::ended) return false;
+  if (count_ == queue_length) {
+    ++dropped_;
+    return false;
+  }
+  queue_[(first_ + count_++) % queue_length] = frame.share();
+  changed_.notify_all();
+  return true;
+}
+
+int Recorder::wait_started(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  if (!changed_.wait_for(lock, limit, [this] { return phase_ != Phase::waiting; })) return ETIMEDOUT;
+  return phase_ == Phase::filming ? 0 : error_.load();
+}
+
+int Recorder::stop() {
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+    changed_.notify_all();
+  }
+  const std::lock_guard lock(join_mutex_);
+  if (thread_.joinable()) thread_.join();
+  return error_;
+}
+
+void Recorder::run() {
+  for (bool stopping = false; !stopping && error_ == 0;) {
+    const Frame frame = next_frame(&stopping);
+    if (frame) feed(frame);
+    if (film_) {
+      feed_sound();
+      look_after();
+    }
+  }
+  conclude();
+}
+
+/// Waits a turn for a frame that the film is ready to take. @param stopping set when there will be none
+Frame Recorder::next_frame(bool* stopping) {
+  if (film_ && !film_->wait_ready(turn)) return {};
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, turn, [this] { return count_ > 0 || stopping_; });
+  if (count_ == 0) {
+    *stopping = stopping_;
+    return {};
+  }
+  Frame frame = std::move(queue_[first_]);
+  first_ = (first_ + 1) % queue_length;
+  --count_;
+  changed_.notify_all();
+  return frame;
+}
+
+void Recorder::feed(const Frame& frame) {
+  if (!film_) {
+    if (!begin_film(setup_.path, frame)) return;
+    start_sound();
+  } else if (film_->index_remaining() < setup_.index_margin) {
+    roll(frame);
+    if (!film_) return;
+  }
+  film_->push_video(frame);
+  ++recorded_;
+  length_ = earlier_ + film_->length();
+}
+
+bool Recorder::begin_film(const std::string& path, const Frame& first) {
+  start_ = first.timestamp;
+  sound_next_ = 0;
+  std::string why;
+  film_ = Film::start({.path = path,
+                       .info = setup_.info,
+                       .rate_numerator = setup_.rate_numerator,
+                       .rate_denominator = setup_.rate_denominator,
+                       .sound = setup_.microphone != "none",
+                       .start = start_,
+                       .index_reserve = setup_.index_reserve},
+                      &why);
+  if (!film_) {
+    fail(EIO, why);
+    return false;
+  }
+  ++films_;
+  // The muxer writes nothing before it has heard from both tracks; a microphone takes its time.
+  if (setup_.microphone != "none") feed_silence_until(2 * silence_block);
+  return true;
+}
+
+/// Goes on in a new file, and leaves the full one to be completed aside.
+void Recorder::roll(const Frame& next) {
+  const std::size_t end = setup_.path.rfind(".mp4");
+  std::string path;
+  int fd = -1;
+  if (const int error = create_video_file(setup_.path.substr(0, end), films_, &path, &fd)) {
+    fail(error, std::string("cannot create the next file: ") + std::strerror(error));
+    return;
+  }
+  close(fd);
+  earlier_ += film_->length();
+  finishing_.emplace_back([film = std::shared_ptr<Film>(std::move(film_))] { film->finish(); });
+  begin_film(path, next);
+}
+
+/// Once a turn: errors. Once a second: room on the disk.
+void Recorder::look_after() {
+  if (film_->in_file()) {
+    const std::lock_guard lock(mutex_);
+    if (phase_ == Phase::waiting) phase_ = Phase::filming;
+    changed_.notify_all();
+  }
+  if (const int error = film_->check()) {
+    fail(error, film_->failure());
+    return;
+  }
+  const auto now = std::chrono::steady_clock::now();
+  if (now < next_look_) return;
+  next_look_ = now + look_period;
+  if (disk_is_full()) fail(ENOSPC, std::strerror(ENOSPC));
+}
+
+bool Recorder::disk_is_full() const {
+  struct statvfs disk {};
+  if (statvfs(setup_.path.c_str(), &disk) != 0) return false;
+  return static_cast<std::uint64_t>(disk.f_bavail) * disk.f_frsize < setup_.disk_margin;
+}
+
+void Recorder::start_sound() {
+  if (setup_.microphone == "none") return;
+  sound_thread_ = std::thread([this] {
+    microphone_ = Microphone::start(setup_.microphone, [this](BufferPtr block, std::int64_t timestamp) {
+      const std::lock_guard lock(mutex_);
+      if (sound_queue_.size() < 1000) sound_queue_.push_back({std::move(block), timestamp});
+    });
+    if (!microphone_) std::fputs("no sound: the microphone does not start\n", stderr);
+  });
+}
+
+void Recorder::feed_sound() {
+  if (setup_.microphone == "none") return;
+  std::vector<AudioBlock> blocks;
+  {
+    const std::lock_guard lock(mutex_);
+    std::swap(blocks, sound_queue_);
+  }
+  for (AudioBlock& block : blocks) feed_block(std::move(block));
+  const std::int64_t due = samples_of(film_->length() - sound_patience_ns);
+  if (due > static_cast<std::int64_t>(sound_next_)) feed_silence_until(static_cast<std::uint64_t>(due));
+}
+
+void Recorder::feed_silence_until(std::uint64_t sample) {
+  while (sound_next_ < sample) {
+    const std::uint64_t count = std::min(silence_block, sample - sound_next_);
+    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, count * audio_frame_bytes, nullptr);
+    gst_buffer_memset(buffer, 0, 0, count * audio_frame_bytes);
+    film_->push_audio(BufferPtr::adopt(buffer), sound_next_);
+    sound_next_ += count;
+  }
+}
+
+/// Puts a block where its time says: a gap before it becomes silence, what overlaps is cut off. Blocks
+/// that fit within the tolerance follow each other sample by sample.
+void Recorder::feed_block(AudioBlock block) {
+  const std::uint64_t count = gst_buffer_get_size(block.buffer.get()) / audio_frame_bytes;
+  const std::int64_t at = samples_of(block.timestamp - start_);
+  const std::int64_t late = static_cast<std::int64_t>(sound_next_) - at;
+  if (late < -sound_tolerance) feed_silence_until(static_cast<std::uint64_t>(at));
+  std::uint64_t skip = 0;
+  if (late > sound_tolerance) skip = static_cast<std::uint64_t>(late);
+  if (skip >= count) return;
+  if (skip > 0) {
+    block.buffer = BufferPtr::adopt(gst_buffer_copy_region(
+        block.buffer.get(), GST_BUFFER_COPY_MEMORY, skip * audio_frame_bytes, (count - skip) * audio_frame_bytes));
+  }
+  film_->push_audio(std::move(block.buffer), sound_next_);
+  sound_next_ += count - skip;
+}
+
+void Recorder::fail(int error, const std::string& why) {
+  error_ = error;
+  std::fprintf(stderr, "recording ended: %s\n", why.c_str());
+}
+
+void Recorder::conclude() {
+  if (sound_thread_.joinable()) sound_thread_.join();
+  microphone_.reset();
+  if (film_) {
+    feed_sound();
+    // After a full disk the margin left on it is for this; after the film's own failure it only lets go.
+    const int error = film_->finish();
+    if (error != 0 && error_ == 0) fail(error, film_->failure());
+    film_.reset();
+  }
+  for (std::thread& thread : finishing_) thread.join();
+  {
+    const std::lock_guard lock(mutex_);
+    phase_ = Phase::ended;
+    for (Frame& frame : queue_) frame = {};
+    count_ = 0;
+    changed_.notify_all();
+  }
+  if (error_ != 0 && ended_) ended_(error_);
+}
+
+}  // namespace handset

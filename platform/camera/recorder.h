@@ -1,0 +1,122 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/camera/film.h"
+#include "platform/camera/microphone.h"
+
+namespace handset {
+
+/// A recording: takes finished frames and brings them, with the microphone's sound, into a film, or
+/// into several where the index of one would overflow.
+class Recorder {
+ public:
+  struct Setup {
+    std::string path;  ///< an existing file, which is overwritten
+    std::shared_ptr<const GstVideoInfo> info;
+    int rate_numerator;
+    int rate_denominator;
+    std::string microphone;                         ///< default, none or tone
+    bool wait_for_room;                             ///< push() waits for the encoder instead of dropping
+    std::chrono::seconds index_reserve{3600};       ///< length of one file
+    std::chrono::seconds index_margin{60};          ///< the next file is begun this long before the end
+    std::uint64_t disk_margin = 16U * 1024 * 1024;  ///< bytes that must stay free on the disk
+  };
+  /// Told once when the recording ends by itself, with an errno value; on the recorder's thread, after
+  /// the file is complete.
+  using Ended = std::function<void(int error)>;
+
+  Recorder(Setup setup, Ended ended);
+  /// Stops.
+  ~Recorder();
+
+  /// Takes a frame. One thread at a time; allocates nothing.
+  /// @return false when it was dropped: the encoder is too far behind, or the recording has ended
+  bool push(const Frame& frame);
+
+  /// Waits until the film of the pushed frames has reached its file.
+  /// @return 0, or an errno value: the film cannot be made, or no frame came in time
+  int wait_started(std::chrono::milliseconds limit);
+
+  /// Ends the recording: what was taken is encoded, the file completed. Any thread; later calls return
+  /// the same. @return 0, or the errno value that ended it
+  int stop();
+
+  std::uint64_t recorded() const { return recorded_; }
+  std::uint64_t dropped() const { return dropped_; }
+  std::int64_t length() const { return length_; }  ///< nanoseconds
+
+ private:
+  struct AudioBlock {
+    BufferPtr buffer;
+    std::int64_t timestamp;
+  };
+  enum class Phase { waiting, filming, ended };
+  static constexpr std::size_t queue_length = 10;
+
+  void run();
+  Frame next_frame(bool* stopping);
+  void feed(const Frame& frame);
+  bool begin_film(const std::string& path, const Frame& first);
+  void look_after();
+  bool disk_is_full() const;
+  void roll(const Frame& next);
+  void start_sound();
+  void feed_sound();
+  void feed_silence_until(std::uint64_t sample);
+  void feed_block(AudioBlock block);
+  void fail(int error, const std::string& why);
+  void conclude();
+
+  const Setup setup_;
+  const Ended ended_;
+
+  /// Guards the two queues, stopping_ and phase_; held for pointer moves only.
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::array<Frame, queue_length> queue_;
+  std::size_t first_ = 0;
+  std::size_t count_ = 0;
+  std::vector<AudioBlock> sound_queue_;
+  bool stopping_ = false;
+  Phase phase_ = Phase::waiting;
+
+  std::atomic<std::uint64_t> recorded_{0};
+  std::atomic<std::uint64_t> dropped_{0};
+  std::atomic<std::int64_t> length_{0};
+  std::atomic<int> error_{0};
+
+  // The recorder's thread.
+  std::unique_ptr<Film> film_;
+  std::int64_t start_ = 0;        ///< time 0 of the current film
+  std::int64_t earlier_ = 0;      ///< length of the films before it
+  std::uint64_t sound_next_ = 0;  ///< first sample of the current film that was not fed yet
+  int films_ = 0;
+  std::chrono::steady_clock::time_point next_look_{};
+  std::vector<std::thread> finishing_;  ///< films that a roll left to be completed
+
+  /// Runs while a microphone is being started, which may take a second.
+  std::thread sound_thread_;
+  std::unique_ptr<Microphone> microphone_;  ///< written by sound_thread_, read after it was joined
+
+  /// Guards joining thread_.
+  std::mutex join_mutex_;
+  std::thread thread_;
+};
+
+/// Creates `stem.mp4`, or with the first number that is free `stem_1.mp4`, `stem_2.mp4` …; never an existing
+/// file. @param first_number 0 begins without a number
+/// @return 0 with `path` and an open `fd`, or an errno value
+int create_video_file(const std::string& stem, int first_number, std::string* path, int* fd);
+
+}  // namespace handset

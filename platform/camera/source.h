@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/camera/camera.h"
+#include "platform/camera/camera_config.h"
+#include "platform/camera/device_finder.h"
+#include "platform/camera/gst_ptr.h"
+
+namespace handset {
+
+/// What a unit films, resolved from its setting.
+struct Source {
+  enum class Kind { scene, clip, custom, device, x11 };
+  Kind kind = Kind::scene;
+  std::string argument;             ///< clip: absolute path; custom: bin description
+  FoundCamera camera;               ///< device
+  std::vector<camera_res_t> sizes;  ///< what the unit lists; a clip's own size is first
+
+  bool is_clip() const { return kind == Kind::clip; }
+  /// May deliver faster than its timestamps say, and may therefore run unpaced.
+  bool is_file_paced() const { return kind == Kind::clip || kind == Kind::custom; }
+};
+
+/// Sizes that the pipeline can bring any source to: even, 16..8192 by 16..4320.
+bool possible_size(unsigned width, unsigned height);
+
+/// Finds what is behind a unit. After a failure one line on the error stream says why.
+/// @return 0, EINVAL (text), ENOENT (clip missing), EIO (clip undecodable), ENODEV (no display to film)
+int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source* source);
+
+/// Builds the head of the capture pipeline: an element with one raw-video source pad that delivers
+/// upright pictures, of the asked size where the source can choose.
+/// @param error  receives the reason when the result is empty
+ElementPtr make_source_element(const Source& source, camera_res_t size, int frame_rate, std::string* error);
+
+}  // namespace handset

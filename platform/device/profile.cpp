@@ -1,0 +1,116 @@
+#include "platform/device/profile.h"
+
+#include <glib.h>
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+using Setter = bool (*)(DeviceProfile&, const std::string&);
+
+struct Key {
+  const char* group;
+  const char* name;
+  Setter set;  ///< false for a value out of its range
+};
+
+bool parse_int(const std::string& text, int low, int high, int& out) {
+  int value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size() || value < low || value > high) return false;
+  out = value;
+  return true;
+}
+
+bool parse_bool(const std::string& text, bool& out) {
+  if (text != "true" && text != "false") return false;
+  out = text == "true";
+  return true;
+}
+
+bool parse_text(const std::string& text, std::string& out) {
+  if (text.empty()) return false;
+  out = text;
+  return true;
+}
+
+bool parse_microphone(const std::string& text, std::string& out) {
+  return (text == "default" || text == "none" || text == "tone") && parse_text(text, out);
+}
+
+bool parse_pin(const std::string& text, std::string& out) {
+  const bool prefixed = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  return prefixed && text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string::npos && parse_text(text, out);
+}
+
+using P = DeviceProfile;
+using S = const std::string;
+constexpr std::array<Key, 12> keys = {{
+    {"display", "width", [](P& p, S& v) { return parse_int(v, 240, 4096, p.display_width); }},
+    {"display", "height", [](P& p, S& v) { return parse_int(v, 240, 4096, p.display_height); }},
+    {"camera", "front", [](P& p, S& v) { return parse_text(v, p.front); }},
+    {"camera", "rear", [](P& p, S& v) { return parse_text(v, p.rear); }},
+    {"camera", "desktop", [](P& p, S& v) { return parse_text(v, p.desktop); }},
+    {"camera", "microphone", [](P& p, S& v) { return parse_microphone(v, p.microphone); }},
+    {"camera", "video-light", [](P& p, S& v) { return parse_bool(v, p.video_light); }},
+    {"camera", "stabilization", [](P& p, S& v) { return parse_bool(v, p.stabilization); }},
+    {"device", "pin", [](P& p, S& v) { return parse_pin(v, p.pin); }},
+    {"device", "keyboard", [](P& p, S& v) { return parse_bool(v, p.keyboard); }},
+    {"device", "os-version", [](P& p, S& v) { return parse_text(v, p.os_version); }},
+    {"bbm", "state", [](P& p, S& v) { return parse_int(v, 0, 13, p.bbm_state); }},
+}};
+
+const Key* find_key(std::string_view group, std::string_view name) {
+  for (const Key& key : keys) {
+    if (group == key.group && name == key.name) return &key;
+  }
+  return nullptr;
+}
+
+void apply(GKeyFile* file, const char* path, const char* group, const char* name, DeviceProfile& profile) {
+  const Key* key = find_key(group, name);
+  if (key == nullptr) {
+    std::fprintf(stderr, "%s: unknown key \"%s\" in [%s]\n", path, name, group);
+    return;
+  }
+  const std::unique_ptr<char, void (*)(gpointer)> value(g_key_file_get_string(file, group, name, nullptr), g_free);
+  if (value == nullptr || !key->set(profile, value.get())) {
+    std::fprintf(stderr, "%s: bad value \"%s\" for \"%s\" in [%s], the default is used\n", path,
+                 value ? value.get() : "", name, group);
+  }
+}
+
+}  // namespace
+
+DeviceProfile load_device_profile(const std::string& path) {
+  DeviceProfile profile;
+  const std::unique_ptr<GKeyFile, void (*)(GKeyFile*)> file(g_key_file_new(), g_key_file_free);
+  GError* error = nullptr;
+  if (!g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &error)) {
+    if (!g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT)) {
+      std::fprintf(stderr, "%s: %s\n", path.c_str(), error->message);
+    }
+    g_error_free(error);
+    return profile;
+  }
+  const std::unique_ptr<char*, void (*)(char**)> groups(g_key_file_get_groups(file.get(), nullptr), g_strfreev);
+  for (char** group = groups.get(); *group != nullptr; ++group) {
+    const std::unique_ptr<char*, void (*)(char**)> names(g_key_file_get_keys(file.get(), *group, nullptr, nullptr),
+                                                         g_strfreev);
+    for (char** name = names.get(); name != nullptr && *name != nullptr; ++name) {
+      apply(file.get(), path.c_str(), *group, *name, profile);
+    }
+  }
+  return profile;
+}
+
+const DeviceProfile& device_profile() {
+  static const DeviceProfile profile =
+      load_device_profile(std::string(g_get_user_config_dir()) + "/morvane/device.ini");
+  return profile;
+}

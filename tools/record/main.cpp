@@ -1,0 +1,23 @@
+#include <cstdio>
+
+#include "tools/record/options.h"
+#include "tools/record/session.h"
+
+int main(int argc, char** argv) {
+  record::Options options;
+  const std::string complaint = record::parse_options(argc, argv, &options);
+  if (!complaint.empty()) {
+    std::fprintf(stderr, "morvane-record: %s (see --help)\n", complaint.c_str());
+    return 1;
+  }
+  if (options.action == record::Options::Action::help) {
+    std::fputs(record::help_text(), stdout);
+    return 0;
+  }
+  if (options.action == record::Options::Action::version) {
+    std::puts("morvane-record " MORVANE_VERSION);
+    return 0;
+  }
+  record::block_signals();
+  return record::run_session(options);
+}

@@ -1,0 +1,146 @@
+#include "tools/record/options.h"
+
+#include <getopt.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <string_view>
+
+#include "platform/camera/source.h"
+
+namespace record {
+namespace {
+
+enum Code : int {
+  source_code = 256,
+  size_code,
+  filter_code,
+  color_code,
+  tolerance_code,
+  seconds_code,
+  microphone_code,
+  unpaced_code,
+  help_code,
+  version_code
+};
+
+constexpr option long_options[] = {
+    {"source", required_argument, nullptr, source_code},
+    {"size", required_argument, nullptr, size_code},
+    {"filter", required_argument, nullptr, filter_code},
+    {"color", required_argument, nullptr, color_code},
+    {"tolerance", required_argument, nullptr, tolerance_code},
+    {"seconds", required_argument, nullptr, seconds_code},
+    {"microphone", required_argument, nullptr, microphone_code},
+    {"unpaced", no_argument, nullptr, unpaced_code},
+    {"help", no_argument, nullptr, help_code},
+    {"version", no_argument, nullptr, version_code},
+    {nullptr, 0, nullptr, 0},
+};
+
+template <typename Number>
+bool parse_number(std::string_view text, Number low, Number high, Number* out) {
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size() || !(value >= low && value <= high)) return false;
+  *out = value;
+  return true;
+}
+
+/// Two numbers with a separator between them.
+template <typename Number>
+bool parse_pair(std::string_view text, char separator, Number low, Number high, Number* first, Number* second) {
+  const std::size_t at = text.find(separator);
+  return at != std::string_view::npos && parse_number(text.substr(0, at), low, high, first) &&
+         parse_number(text.substr(at + 1), low, high, second);
+}
+
+bool apply(int code, const char* value, Options* options) {
+  switch (code) {
+    case source_code:
+      options->source = value;
+      return !options->source.empty();
+    case size_code:
+      return parse_pair(value, 'x', 1U, 65535U, &options->width, &options->height) &&
+             handset::possible_size(options->width, options->height);
+    case filter_code:
+      return parse_number(value, -1, 11, &options->filter);
+    case color_code:
+      return parse_pair(value, ',', 0, 255, &options->u, &options->v);
+    case tolerance_code:
+      return parse_number(value, 0.0F, 0.99F, &options->tolerance);
+    case seconds_code:
+      return parse_number(value, 0.1, 1e7, &options->seconds);
+    case microphone_code:
+      options->microphone = value;
+      return options->microphone == "default" || options->microphone == "none" || options->microphone == "tone";
+    case unpaced_code:
+      options->unpaced = true;
+      return true;
+    case help_code:
+      options->action = Options::Action::help;
+      return true;
+    case version_code:
+      options->action = Options::Action::version;
+      return true;
+    default:
+      return false;
+  }
+}
+
+const char* name_of(int code) {
+  for (const option& entry : long_options) {
+    if (entry.name != nullptr && entry.val == code) return entry.name;
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string parse_options(int argc, char** argv, Options* options) {
+  optind = 0;  // getopt starts over: this may not be the first command line of the process
+  opterr = 0;
+  for (int code = 0; (code = getopt_long(argc, argv, ":", long_options, nullptr)) != -1;) {
+    if (code == ':') return std::string("option ") + argv[optind - 1] + " needs a value";
+    if (code == '?') return std::string("unknown option ") + argv[optind - 1];
+    if (!apply(code, optarg, options)) {
+      return "bad value \"" + std::string(optarg != nullptr ? optarg : "") + "\" for --" + name_of(code);
+    }
+  }
+  if (options->action != Options::Action::record) return {};
+  if (optind >= argc) return "no output file named";
+  if (optind + 1 < argc) return std::string("unexpected argument ") + argv[optind + 1];
+  options->output = argv[optind];
+  if (options->unpaced && !options->source.starts_with("clip:") && !options->source.starts_with("gst:")) {
+    return "--unpaced needs a clip";
+  }
+  return {};
+}
+
+const char* help_text() {
+  return R"(Usage: morvane-record [OPTION]... OUT.mp4
+Records a camera with a live effect into a new MP4 file.
+
+  --source SOURCE     auto (default), scene, clip:FILE or gst:DESCRIPTION
+                        auto   a camera that is found, else the built-in scene
+                        scene  the built-in scene
+                        clip:  a video file; it loops unless --unpaced
+                        gst:   a GStreamer bin description that ends in raw video
+  --size WxH          picture size, even numbers from 16x16 to 8192x4320
+  --filter ID         -1 none (default), 0 colour mixer, 1 yellow, 2 blue, 3 green,
+                      4 red, 5 sepia, 6 flat luma, 7 greyscale; keep only one
+                      colour: 8 yellow, 9 blue, 10 green, 11 red
+  --color U,V         colour of filter 0, 0 to 255 each (128,128)
+  --tolerance T       of filters 8 to 11, 0 to 0.99 (0.5)
+  --seconds S         length of the recording; without it, until Ctrl-C
+  --microphone KIND   default, none or tone (as the device profile says)
+  --unpaced           run a clip once, as fast as it can be recorded, dropping nothing
+  --help, --version
+
+Ctrl-C and SIGTERM complete the file. Exit status: 0 when the recording is complete,
+1 when there is none or it ended early.
+)";
+}
+
+}  // namespace record

@@ -1,0 +1,202 @@
+#include "tools/record/session.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "engine/color_filter.h"
+#include "engine/filter_thread.h"
+#include "platform/camera/camera.h"
+#include "platform/camera/camera_config.h"
+
+namespace record {
+namespace {
+
+constexpr int turn_ms = 100;
+
+sigset_t stop_signals() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGINT);
+  sigaddset(&set, SIGTERM);
+  return set;
+}
+
+int complain(const char* what, const std::string& detail, int error) {
+  std::fprintf(stderr, "morvane-record: %s%s%s: %s\n", what, detail.empty() ? "" : " ", detail.c_str(),
+               std::strerror(error));
+  return 1;
+}
+
+/// News from the camera service's threads.
+struct News {
+  std::atomic<bool> revoked{false};
+  std::atomic<bool> finished{false};
+  std::atomic<int> failed{0};
+  int wake = eventfd(0, EFD_CLOEXEC);
+
+  ~News() { close(wake); }
+  void tell() const { eventfd_write(wake, 1); }
+};
+
+void on_status(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg) {
+  filter_status_callback(handle, status, extra, nullptr);
+  auto* news = static_cast<News*>(arg);
+  if (status == CAMERA_STATUS_RESOURCES_REVOKED) news->revoked = true;
+  if (status == CAMERA_STATUS_VIDEO_FINISHED) news->finished = true;
+  if (status == CAMERA_STATUS_VIDEO_FAILED) news->failed = extra;
+  news->tell();
+}
+
+/// An open camera, closed at the end of the scope: filter thread first.
+struct Camera {
+  camera_handle_t handle = CAMERA_HANDLE_INVALID;
+  ~Camera() {
+    kill_thread();
+    if (handle != CAMERA_HANDLE_INVALID) camera_close(handle);
+  }
+};
+
+/// The size to record in: the asked one, a clip's own, else the listed one nearest to 720p.
+camera_res_t choose_size(const Options& options, camera_handle_t handle) {
+  if (options.width != 0) return {options.width, options.height};
+  unsigned count = 0;
+  camera_get_video_vf_resolutions(handle, 0, &count, nullptr);
+  std::vector<camera_res_t> sizes(count);
+  camera_get_video_vf_resolutions(handle, count, &count, sizes.data());
+  if (options.source.starts_with("clip:")) return sizes.front();
+  const auto distance = [](const camera_res_t& size) {
+    return std::abs(static_cast<int>(size.width) - 1280) + std::abs(static_cast<int>(size.height) - 720);
+  };
+  camera_res_t best = sizes.front();
+  for (const camera_res_t& size : sizes) {
+    if (distance(size) < distance(best)) best = size;
+  }
+  return best;
+}
+
+void choose_effect(const Options& options) {
+  changeCustomColor(1, static_cast<float>(options.u));
+  changeCustomColor(2, static_cast<float>(options.v));
+  _cur_camera_filter = options.filter;
+  changeFilterColor(options.tolerance);
+}
+
+int start_camera(const Options& options, Camera* camera, News* news) {
+  handset::CameraServiceConfig config = handset::config_from_device_profile();
+  config.rear = options.source;
+  config.unpaced = options.unpaced;
+  if (!options.microphone.empty()) config.microphone = options.microphone;
+  handset::configure_camera_service(config);
+
+  if (const int error = camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle)) {
+    camera->handle = CAMERA_HANDLE_INVALID;
+    return complain("cannot open the camera", "", error);
+  }
+  const camera_handle_t handle = camera->handle;
+  const camera_res_t size = choose_size(options, handle);
+  const int width = static_cast<int>(size.width);
+  const int height = static_cast<int>(size.height);
+  int error =
+      camera_set_video_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height, CAMERA_IMGPROP_END);
+  if (error == 0) {
+    error =
+        camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height, CAMERA_IMGPROP_END);
+  }
+  if (error == 0) error = camera_start_video_viewfinder(handle, nullptr, on_status, news);
+  if (error != 0) return complain("cannot start the camera", "", error);
+  _screen_wid = width;
+  _screen_hi = height;
+  choose_effect(options);
+  error = start_filter_thread(handle);
+  return error != 0 ? complain("cannot start the filter thread", "", error) : 0;
+}
+
+void show_progress(camera_handle_t handle) {
+  handset::CameraStatistics statistics{};
+  if (handset::camera_get_statistics(handle, &statistics) != 0) return;
+  std::printf("\r%8.1f s %8llu frames %6llu drops", static_cast<double>(statistics.recorded_ns) / 1e9,
+              static_cast<unsigned long long>(statistics.recorded),
+              static_cast<unsigned long long>(statistics.replaced + statistics.not_recorded));
+  std::fflush(stdout);
+}
+
+/// Waits for the recording's end: its length, a signal, or news.
+void wait_for_end(const Options& options, camera_handle_t handle, const News& news) {
+  const sigset_t signals = stop_signals();
+  const int signal_fd = signalfd(-1, &signals, SFD_CLOEXEC);
+  const bool terminal = isatty(STDOUT_FILENO) != 0;
+  pollfd watched[] = {{signal_fd, POLLIN, 0}, {news.wake, POLLIN, 0}};
+  for (;;) {
+    const bool woken = poll(watched, 2, turn_ms) > 0;
+    if (terminal) show_progress(handle);
+    if (woken && watched[0].revents != 0) break;
+    if (news.revoked || news.finished || news.failed != 0) break;
+    handset::CameraStatistics statistics{};
+    handset::camera_get_statistics(handle, &statistics);
+    if (options.seconds > 0 && static_cast<double>(statistics.recorded_ns) >= options.seconds * 1e9) break;
+  }
+  if (terminal) std::printf("\r\033[K");
+  close(signal_fd);
+}
+
+int record_into(const Options& options, camera_handle_t handle, News* news) {
+  int error = camera_start_video(handle, options.output.c_str(), nullptr, on_status, news);
+  if (error != 0) return complain("cannot record into", options.output, error);
+  wait_for_end(options, handle, *news);
+  error = camera_stop_video(handle);
+  if (news->failed != 0) return complain("the recording ended early", "", news->failed);
+
+  handset::CameraStatistics statistics{};
+  handset::camera_get_statistics(handle, &statistics);
+  std::printf("%llu frames, %llu drops, %.2f seconds, %s\n", static_cast<unsigned long long>(statistics.recorded),
+              static_cast<unsigned long long>(statistics.replaced + statistics.not_recorded),
+              static_cast<double>(statistics.recorded_ns) / 1e9, options.output.c_str());
+  if (error != 0) return complain("the file is not complete", "", error);
+  if (news->revoked) return complain("the camera was lost", "", EIO);
+  return 0;
+}
+
+}  // namespace
+
+void block_signals() {
+  const sigset_t signals = stop_signals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
+int run_session(const Options& options) {
+  // Made first and exclusively: an existing film is never touched, a path that cannot be written costs no camera.
+  const int fd = open(options.output.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0) return complain("cannot create", options.output, errno);
+  close(fd);
+
+  News news;
+  int status = 0;
+  bool filmed = false;
+  {
+    Camera camera;
+    status = start_camera(options, &camera, &news);
+    if (status == 0) {
+      status = record_into(options, camera.handle, &news);
+      handset::CameraStatistics statistics{};
+      handset::camera_get_statistics(camera.handle, &statistics);
+      filmed = statistics.recorded > 0;
+    }
+  }
+  if (!filmed) unlink(options.output.c_str());
+  return status;
+}
+
+}  // namespace record
