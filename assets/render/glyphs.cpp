@@ -60,7 +60,7 @@ void drawGlyph(QPainter& painter, const Setting& setting, int glyph, const Inks&
   const QPainterPath path = placed(setting, glyph).translated(cell.topLeft());
   painter.setClipRect(cell);
   // A soft skirt under a crisp outline: the glyph reads on noise without looking cut out.
-  for (const auto& [reach, opacity] : {std::pair{1.0, 0.35}, std::pair{0.6, 0.75}}) {
+  for (const auto& [reach, opacity] : {std::pair{1.0, 0.40}, std::pair{0.62, 0.95}}) {
     QPainterPathStroker stroker;
     stroker.setWidth(2 * setting.outline * reach);
     stroker.setJoinStyle(Qt::RoundJoin);
@@ -92,7 +92,7 @@ QImage stampPlate() {
   // The widest stamp is 700 pixels. A plate no wider than needed keeps the stamp as large as possible
   // where a narrow frame makes it shrink with its plate.
   QImage plate(704, stamp_large_row.stamp_height, QImage::Format_ARGB32);
-  plate.fill(qRgba(112, 114, 118, 84));
+  plate.fill(qRgba(122, 124, 128, 104));
   return plate;
 }
 

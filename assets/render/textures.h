@@ -2,8 +2,8 @@
 
 // The overlay textures. Each is a 32-bit ARGB picture whose alpha leaves the middle to the video.
 // They are made for 1920x1080; another size shows the same picture coarser. The same size gives the
-// same bytes. The blended frame may be smaller by any factor, without smoothing: lines are at least
-// three pixels wide. Any thread.
+// same bytes. The blended frame may be smaller by any factor, without smoothing: the scopes' lines are
+// three pixels wide and stay whole. Any thread.
 
 #include <QImage>
 #include <QSize>
