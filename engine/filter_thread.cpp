@@ -37,6 +37,8 @@ std::mutex engine_mutex;
 std::mutex lifecycle_mutex;
 /// There is a thread that nobody has joined.
 bool thread_present = false;
+/// The thread has armed its frame event, or failed to.
+std::atomic<bool> thread_ready = false;
 
 void destroy_channel() {
   ConnectDetach(filter_coid);
@@ -122,7 +124,10 @@ void process_frame(const camera_buffer_t& input, const camera_buffer_t& output) 
 void* filter_thread([[maybe_unused]] void* unused) {
   const camera_handle_t handle = mHandle;
   camera_eventkey_t key = 0;
-  if (camera_enable_viewfinder_event(handle, CAMERA_EVENTMODE_READWRITE, &key, &filter_sigev) != CAMERA_EOK) {
+  const int enabled = camera_enable_viewfinder_event(handle, CAMERA_EVENTMODE_READWRITE, &key, &filter_sigev);
+  thread_ready = true;
+  thread_ready.notify_all();
+  if (enabled != CAMERA_EOK) {
     std::fputs("failed to attach viewfinder read/write event\n", stderr);
     return nullptr;
   }
@@ -140,9 +145,12 @@ int start_filter_thread(camera_handle_t handle) {
   if (const int error = create_channel(); error != 0) return error;
   filter_sigev = make_pulse_event(filter_coid, pulse_priority, filter_pulse_code, pulse_value);
   filter_stop = false;
+  thread_ready = false;
   const int error = pthread_create(&filter_tid, nullptr, filter_thread, nullptr);
   if (error == 0) {
     thread_present = true;
+    // A recording that is started next must not begin with frames that nobody has edited.
+    thread_ready.wait(false);
   } else {
     destroy_channel();
   }

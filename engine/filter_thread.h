@@ -38,7 +38,8 @@ extern std::atomic<bool> filter_stop;
 /// in a finished table or finished planes. Nothing may be called under it that waits or logs.
 std::mutex& engine_lock();
 
-/// Starts the filter thread on an open camera: channel, connection, pulse event, thread.
+/// Starts the filter thread on an open camera: channel, connection, pulse event, thread. When it returns
+/// the thread has armed its frame event, so that frames from then on are edited, or has failed to.
 /// UI thread; a thread that is still there is stopped first.
 /// @return 0, or an errno value with nothing left behind
 int start_filter_thread(camera_handle_t handle);

@@ -122,6 +122,8 @@ struct camera_buffer_t {
 
 using camera_eventkey_t = std::int32_t;
 
+/// Runs on the thread that returned the frame's buffers. It reads the descriptor until it returns, and
+/// calls no function of this header.
 using camera_viewfinder_callback_t = void (*)(camera_handle_t handle, camera_buffer_t* buffer, void* arg);
 /// Runs on a thread of the service's; no lock of the service is held. It may call any function of
 /// this header, camera_close included.

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "platform/camera/colorimetry.h"
+#include "platform/camera/range.h"
 
 namespace handset {
 
@@ -199,7 +200,22 @@ GstPadProbeReturn Capture::on_input_event(GstPad*, GstPadProbeInfo* info, gpoint
     self->rate_denominator_ = GST_VIDEO_INFO_FPS_D(&input);
   }
   self->update_crop();
+  self->relabel_range(info, input);
   return GST_PAD_PROBE_OK;
+}
+
+/// Between two BT.601 formats the converter takes shortcuts that forget the range: limited-range webcams
+/// would come out grey. So it is told that such input is full range already, and the frames are stretched
+/// afterwards.
+void Capture::relabel_range(GstPadProbeInfo* info, const GstVideoInfo& input) {
+  limited_range_ = GST_VIDEO_INFO_IS_YUV(&input) && input.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_BT601 &&
+                   input.colorimetry.range == GST_VIDEO_COLOR_RANGE_16_235;
+  if (!limited_range_) return;
+  GstCaps* caps = nullptr;
+  gst_event_parse_caps(gst_pad_probe_info_get_event(info), &caps);
+  const CapsPtr relabelled = CapsPtr::adopt(gst_caps_copy(caps));
+  gst_caps_set_simple(relabelled.get(), "colorimetry", G_TYPE_STRING, frame_colorimetry, nullptr);
+  replace_caps_event(info, relabelled);
 }
 
 GstFlowReturn Capture::on_new_sample(GstElement*, gpointer self) {
@@ -220,14 +236,15 @@ GstFlowReturn Capture::take_sample() {
       caps_ = CapsPtr::share(caps);
     }
     frame = {BufferPtr::share(gst_sample_get_buffer(sample.get())), info_, 0};
-    const GstSegment* segment = gst_sample_get_segment(sample.get());
-    const GstClockTime running =
-        gst_segment_to_running_time(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(frame.buffer.get()));
-    const GstClockTime base = gst_element_get_base_time(sink_.get());
-    frame.timestamp = GST_CLOCK_TIME_IS_VALID(running) ? static_cast<std::int64_t>(base + running) : monotonic_now();
+    frame.timestamp = time_of(sample.get());
   }
   frame = make_exclusive(std::move(frame));
   if (!frame) return GST_FLOW_ERROR;
+  GstVideoFrame mapped;
+  if (limited_range_ && gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READWRITE)) {
+    expand_range(&mapped);
+    gst_video_frame_unmap(&mapped);
+  }
   {
     const std::lock_guard lock(mutex_);
     has_frame_ = true;
@@ -236,6 +253,23 @@ GstFlowReturn Capture::take_sample() {
   arrived_.notify_all();
   deliver_(std::move(frame));
   return GST_FLOW_OK;
+}
+
+/// Capture time of a sample's picture.
+std::int64_t Capture::time_of(GstSample* sample) {
+  GstBuffer* buffer = gst_sample_get_buffer(sample);
+  const GstClockTime running =
+      gst_segment_to_running_time(gst_sample_get_segment(sample), GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
+  if (!GST_CLOCK_TIME_IS_VALID(running)) return monotonic_now();
+  GstClockTime base = gst_element_get_base_time(sink_.get());
+  if (GST_CLOCK_TIME_IS_VALID(last_running_) && running <= last_running_ && GST_CLOCK_TIME_IS_VALID(last_duration_)) {
+    // A new loop starts at the time at which the last picture began, not ended: it is put off by that one's turn.
+    base += last_duration_;
+    gst_element_set_base_time(sink_.get(), base);
+  }
+  last_running_ = running;
+  last_duration_ = GST_BUFFER_DURATION(buffer);
+  return static_cast<std::int64_t>(base + running);
 }
 
 /// The engine edits the pixels, so a picture that somebody else still reads (a decoder's reference,

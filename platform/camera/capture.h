@@ -65,7 +65,9 @@ class Capture {
   bool begin(std::string* error);
   void update_crop();
   GstFlowReturn take_sample();
+  std::int64_t time_of(GstSample* sample);
   Frame make_exclusive(Frame frame) const;
+  void relabel_range(GstPadProbeInfo* info, const GstVideoInfo& input);
   bool seek_to_start(bool flush);
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);
@@ -94,6 +96,9 @@ class Capture {
   std::shared_ptr<const GstVideoInfo> info_;  ///< written by the streaming thread
 
   // Streaming thread.
+  GstClockTime last_running_ = GST_CLOCK_TIME_NONE;  ///< of the newest picture
+  GstClockTime last_duration_ = GST_CLOCK_TIME_NONE;
+  bool limited_range_ = false;  ///< the converter leaves frames in the input's limited range
   CapsPtr caps_;
 };
 

@@ -242,7 +242,7 @@ const VideoEncoder* proven_video_encoder(camera_res_t size, int frame_rate) {
   for (const VideoEncoder& encoder : video_encoder_candidates()) {
     const std::string reason = prove_video_encoder(encoder, size, frame_rate);
     if (reason.empty()) return proofs[key] = &encoder;
-    // The container describes the colours as well: better such a film than none.
+    // Players guess a range then, and some guess wrong: still better than no film.
     if (second_best == nullptr && reason == no_colour_description) second_best = &encoder;
   }
   return proofs[key] = second_best;

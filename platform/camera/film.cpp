@@ -9,6 +9,7 @@
 #include "platform/camera/colorimetry.h"
 #include "platform/camera/encoders.h"
 #include "platform/camera/microphone.h"
+#include "platform/camera/mp4_compact.h"
 
 namespace handset {
 namespace {
@@ -29,6 +30,19 @@ std::string muxer_description(const Film::Setup& setup) {
 
 /// Encoded data may wait long for the other track: it is small.
 constexpr char mux_queue[] = " ! queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ! mux. ";
+
+/// The stream itself describes its colours. The container must not do it again: GStreamer 1.22's demuxer
+/// reads the range wrongly there and lets that overrule the stream.
+GstPadProbeReturn drop_container_colours(GstPad*, GstPadProbeInfo* info, gpointer) {
+  GstEvent* event = gst_pad_probe_info_get_event(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
+  GstCaps* caps = nullptr;
+  gst_event_parse_caps(event, &caps);
+  const CapsPtr plain = CapsPtr::adopt(gst_caps_copy(caps));
+  gst_structure_remove_field(gst_caps_get_structure(plain.get(), 0), "colorimetry");
+  replace_caps_event(info, plain);
+  return GST_PAD_PROBE_OK;
+}
 
 int errno_of(const GError* error) {
   if (g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT)) return ENOSPC;
@@ -77,6 +91,9 @@ bool Film::build(std::string* error) {
   video_ = child("video");
   audio_ = child("audio");
   muxer_ = child("mux");
+  // The muxer would derive the unit of its timestamps from the frame rate, and round a camera's jitter to it.
+  const auto track = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(muxer_.get(), "video_0"));
+  if (track) g_object_set(track.get(), "trak-timescale", 90000, nullptr);
   bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));
   const ElementPtr file = child("file");
   g_object_set(file.get(), "location", setup_.path.c_str(), nullptr);
@@ -88,6 +105,9 @@ bool Film::build(std::string* error) {
         return GST_PAD_PROBE_REMOVE;
       },
       this, nullptr);
+
+  const auto parsed = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(child("parse").get(), "src"));
+  gst_pad_add_probe(parsed.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, drop_container_colours, nullptr, nullptr);
 
   const CapsPtr caps = CapsPtr::adopt(gst_video_info_to_caps(setup_.info.get()));
   gst_caps_set_simple(caps.get(), "framerate", GST_TYPE_FRACTION, setup_.rate_numerator, setup_.rate_denominator,
@@ -177,6 +197,8 @@ int Film::finish() {
     }
   }
   gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  // Only a matter of size: a film that cannot be made smaller is complete all the same.
+  if (error_ == 0) compact_mp4(setup_.path);
   return error_;
 }
 

@@ -35,14 +35,28 @@ void FrameExchange::offer(Frame frame) {
   }
   if (shut_) return;
   if (!armed_) {
-    lock.unlock();
-    publish_(frame);
+    publish_as_is(lock, frame);
   } else if (state_ == State::idle) {
     announce(lock, std::move(frame));
   } else {
     if (waiting_) ++replaced_;
     waiting_ = std::move(frame);
   }
+}
+
+/// Hands an unedited frame to the consumers; leaves the lock held.
+void FrameExchange::publish_as_is(std::unique_lock<std::mutex>& lock, const Frame& frame) {
+  // A pair of an earlier key that is still out would come after this frame.
+  if (state_ != State::idle) {
+    ++replaced_;
+    return;
+  }
+  state_ = State::publishing;
+  lock.unlock();
+  publish_(frame);
+  lock.lock();
+  state_ = State::idle;
+  changed_.notify_all();
 }
 
 /// Makes `frame` the pair in flight and sends its notice; leaves the lock released.
@@ -65,9 +79,11 @@ void FrameExchange::set_wanted(bool wanted) {
 
 int FrameExchange::enable(camera_eventmode_t mode, camera_eventkey_t* key, const pulse_event_t& event) {
   if (mode != CAMERA_EVENTMODE_READWRITE || event.notify != notify_pulse) return EINVAL;
-  const std::lock_guard lock(mutex_);
-  if (shut_) return EIO;
+  std::unique_lock lock(mutex_);
   if (armed_) return EBUSY;
+  // After this call no unedited frame reaches a consumer, also not one that is on its way.
+  changed_.wait(lock, [this] { return shut_ || state_ != State::publishing; });
+  if (shut_) return EIO;
   armed_ = true;
   event_ = event;
   *key = ++key_;

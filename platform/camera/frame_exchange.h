@@ -58,6 +58,7 @@ class FrameExchange {
  private:
   enum class State { idle, announced, out, publishing };
 
+  void publish_as_is(std::unique_lock<std::mutex>& lock, const Frame& frame);
   void announce(std::unique_lock<std::mutex>& lock, Frame frame);
   void drop_announced();
 

@@ -1,0 +1,40 @@
+#include "platform/camera/range.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+
+namespace handset {
+namespace {
+
+using Table = std::array<std::uint8_t, 256>;
+
+Table make_table(double from, double to, double scale) {
+  Table table{};
+  for (int i = 0; i < 256; ++i) {
+    table[static_cast<std::size_t>(i)] =
+        static_cast<std::uint8_t>(std::clamp(std::lround(to + (i - from) * scale), 0L, 255L));
+  }
+  return table;
+}
+
+void map_plane(GstVideoFrame* frame, int plane, int rows, const Table& table) {
+  auto* data = static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(frame, plane));
+  const int width = GST_VIDEO_FRAME_WIDTH(frame);
+  for (int row = 0; row < rows; ++row) {
+    std::uint8_t* line = data + static_cast<std::ptrdiff_t>(row) * GST_VIDEO_FRAME_PLANE_STRIDE(frame, plane);
+    for (int x = 0; x < width; ++x) line[x] = table[line[x]];
+  }
+}
+
+}  // namespace
+
+void expand_range(GstVideoFrame* frame) {
+  static const Table luma = make_table(16, 0, 255.0 / 219);
+  static const Table chroma = make_table(128, 128, 255.0 / 224);
+  map_plane(frame, 0, GST_VIDEO_FRAME_HEIGHT(frame), luma);
+  map_plane(frame, 1, GST_VIDEO_FRAME_HEIGHT(frame) / 2, chroma);
+}
+
+}  // namespace handset

@@ -1,0 +1,324 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+
+#include "platform/camera/camera.h"
+#include "platform/camera/camera_config.h"
+#include "platform/camera/viewfinder_slot.h"
+#include "tests/camera/editor.h"
+#include "tests/support/film.h"
+#include "tests/support/temp_dir.h"
+
+using namespace std::chrono_literals;
+using handset::CameraServiceConfig;
+
+namespace {
+
+constexpr char frames_then_error[] = "gst:videotestsrc is-live=true ! identity error-after=20";
+constexpr char frames_then_nothing[] = "gst:videotestsrc is-live=true ! identity sleep-time=2000000";
+constexpr char frames_then_end[] = "gst:videotestsrc is-live=true num-buffers=25";
+
+/// Waits for something that other threads bring about. @return whether it came in time
+template <typename Condition>
+bool soon(Condition condition, std::chrono::milliseconds limit = 5s) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!condition() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(2ms);
+  return condition();
+}
+
+struct StatusLog {
+  std::atomic<int> revoked{0};
+  std::atomic<int> failed{0};
+  std::atomic<bool> close_from_callback{false};
+  std::atomic<int> closed{-1};
+
+  static void on_status(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg) {
+    auto* log = static_cast<StatusLog*>(arg);
+    if (status == CAMERA_STATUS_VIDEO_FAILED) log->failed = extra;
+    if (status != CAMERA_STATUS_RESOURCES_REVOKED) return;
+    if (log->close_from_callback) log->closed = camera_close(handle);
+    ++log->revoked;
+  }
+};
+
+class Service : public testing::Test {
+ protected:
+  ~Service() override {
+    for (const camera_handle_t handle : opened_) camera_close(handle);
+  }
+
+  camera_handle_t open(const std::string& rear, camera_unit_t unit = CAMERA_UNIT_REAR) {
+    CameraServiceConfig config;
+    config.rear = rear;
+    config.front = "scene";
+    config.microphone = "none";
+    handset::configure_camera_service(config);
+    camera_handle_t handle = CAMERA_HANDLE_INVALID;
+    EXPECT_EQ(camera_open(unit, CAMERA_MODE_ALL, &handle), 0);
+    opened_.push_back(handle);
+    return handle;
+  }
+  static int configure(camera_handle_t handle, int width = 320, int height = 240) {
+    const int error = camera_set_video_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height,
+                                                CAMERA_IMGPROP_END);
+    return error != 0 ? error
+                      : camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height,
+                                               CAMERA_IMGPROP_WIN_GROUPID, "group", CAMERA_IMGPROP_WIN_ID, "id",
+                                               CAMERA_IMGPROP_END);
+  }
+  camera_handle_t start(const std::string& rear) {
+    const camera_handle_t handle = open(rear);
+    EXPECT_EQ(configure(handle), 0);
+    EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, StatusLog::on_status, &log_), 0);
+    return handle;
+  }
+  std::string new_film() {
+    const std::string path = dir_.file("film" + std::to_string(films_++) + ".mp4");
+    write_file(path, "");
+    return path;
+  }
+
+  StatusLog log_;
+  const TempDir dir_;
+  int films_ = 0;
+  std::vector<camera_handle_t> opened_;
+};
+
+TEST_F(Service, RefusesWhatItShould) {
+  camera_handle_t handle = CAMERA_HANDLE_INVALID;
+  EXPECT_EQ(camera_open(static_cast<camera_unit_t>(4), CAMERA_MODE_ALL, &handle), EINVAL);
+  EXPECT_EQ(camera_open(CAMERA_UNIT_REAR, 0, &handle), EINVAL);
+  EXPECT_EQ(camera_open(CAMERA_UNIT_REAR, 64, &handle), EINVAL);
+  const camera_handle_t rear = open("scene");
+  EXPECT_EQ(camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &handle), EBUSY);
+  EXPECT_EQ(errno, EBUSY);
+  const camera_handle_t front = open("scene", CAMERA_UNIT_FRONT);
+  EXPECT_NE(front, rear);
+  EXPECT_EQ(camera_close(rear), 0);
+  EXPECT_EQ(camera_close(rear), EBADF);
+  EXPECT_NE(open("scene"), rear) << "a stale handle must not reach the next camera";
+  EXPECT_EQ(camera_set_zoom(rear, 1, true), EBADF);
+  EXPECT_FALSE(camera_has_feature(rear, CAMERA_FEATURE_VIDEO));
+}
+
+TEST_F(Service, BadSourcesGiveOneLineAndLeaveTheUnitFree) {
+  const TempDir dir;
+  write_file(dir.file("noise.mp4"), std::string(5000, 'n'));
+  const struct {
+    std::string source;
+    int error;
+  } cases[] = {{"webcam", EINVAL},
+               {"clip:", EINVAL},
+               {"clip:" + dir.file("missing.mp4"), ENOENT},
+               {"clip:" + dir.path(), EIO},
+               {"clip:" + dir.file("noise.mp4"), EIO}};
+  for (const auto& c : cases) {
+    CameraServiceConfig config;
+    config.rear = c.source;
+    handset::configure_camera_service(config);
+    camera_handle_t handle = CAMERA_HANDLE_INVALID;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &handle), c.error) << c.source;
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
+  }
+  open("scene");
+}
+
+TEST_F(Service, PropertiesTakeEffectTogetherOrNotAtAll) {
+  const camera_handle_t handle = open("scene");
+  EXPECT_EQ(configure(handle, 640, 480), 0);
+  EXPECT_EQ(
+      camera_set_video_property(handle, CAMERA_IMGPROP_ROTATION, 90, CAMERA_IMGPROP_WIDTH, 641, CAMERA_IMGPROP_END),
+      EINVAL);
+  EXPECT_EQ(camera_set_video_property(handle, CAMERA_IMGPROP_ROTATION, 45, CAMERA_IMGPROP_END), EINVAL);
+  EXPECT_EQ(camera_set_video_property(handle, CAMERA_IMGPROP_WIN_ID, "id", CAMERA_IMGPROP_END), EINVAL);
+  EXPECT_EQ(camera_set_video_property(handle, 55, 1, CAMERA_IMGPROP_END), EINVAL);
+  int width = 0, height = 0, rotation = -1, format = -1;
+  EXPECT_EQ(
+      camera_get_video_property(handle, CAMERA_IMGPROP_WIDTH, &width, CAMERA_IMGPROP_HEIGHT, &height,
+                                CAMERA_IMGPROP_ROTATION, &rotation, CAMERA_IMGPROP_FORMAT, &format, CAMERA_IMGPROP_END),
+      0);
+  EXPECT_EQ(width, 640);
+  EXPECT_EQ(height, 480);
+  EXPECT_EQ(rotation, 0);
+  EXPECT_EQ(format, CAMERA_FRAMETYPE_NV12);
+  EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), EALREADY);
+  EXPECT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, 320, CAMERA_IMGPROP_END), EBUSY);
+  EXPECT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_ROTATION, 270, CAMERA_IMGPROP_END), 0);
+}
+
+TEST_F(Service, ViewfinderNeedsAPossibleSize) {
+  const camera_handle_t handle = open("scene");
+  EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), EINVAL);
+  EXPECT_EQ(configure(handle, 9000, 10), 0);
+  EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), EINVAL);
+  EXPECT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, 320, CAMERA_IMGPROP_HEIGHT, 240, CAMERA_IMGPROP_END),
+            0);
+  EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), EINVAL) << "streams of two sizes";
+  EXPECT_EQ(configure(handle), 0);
+  EXPECT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), 0);
+}
+
+TEST_F(Service, ListsSizesRotationsFeaturesAndLimits) {
+  const camera_handle_t handle = open("scene");
+  unsigned count = 0;
+  ASSERT_EQ(camera_get_video_vf_resolutions(handle, 0, &count, nullptr), 0);
+  ASSERT_GE(count, 4U);
+  std::vector<camera_res_t> sizes(count);
+  EXPECT_EQ(camera_get_video_vf_resolutions(handle, 2, &count, sizes.data()), 0);
+  EXPECT_EQ(count, 2U);
+  int rotations = 0;
+  int degrees[4] = {};
+  EXPECT_EQ(camera_get_supported_video_rotations(handle, CAMERA_FRAMETYPE_NV12, 0, &rotations, nullptr), 0);
+  ASSERT_EQ(rotations, 4);
+  EXPECT_EQ(camera_get_supported_video_rotations(handle, CAMERA_FRAMETYPE_NV12, 4, &rotations, degrees), 0);
+  EXPECT_EQ(degrees[3], 270);
+  EXPECT_TRUE(camera_has_feature(handle, CAMERA_FEATURE_VIDEOLIGHT));
+  EXPECT_EQ(camera_config_videolight(handle, CAMERA_VIDEOLIGHT_ON), 0);
+  EXPECT_EQ(camera_set_scene_mode(handle, CAMERA_SCENE_NIGHT), 0);
+  EXPECT_EQ(camera_set_scene_mode(handle, static_cast<camera_scenemode_t>(77)), EINVAL);
+  EXPECT_EQ(camera_set_focus_mode(handle, CAMERA_FOCUSMODE_CONTINUOUS_AUTO), 0);
+  int low = -1, high = -1;
+  bool smooth = false;
+  EXPECT_EQ(camera_get_zoom_limits(handle, &low, &high, &smooth), 0);
+  EXPECT_EQ(camera_set_zoom(handle, high, true), 0);
+  EXPECT_EQ(camera_set_zoom(handle, high + 1, true), EINVAL);
+  EXPECT_EQ(camera_set_zoom(handle, low - 1, true), EINVAL);
+  const camera_handle_t front = open("scene", CAMERA_UNIT_FRONT);
+  EXPECT_EQ(camera_config_videolight(front, CAMERA_VIDEOLIGHT_ON), ENOTSUP);
+}
+
+TEST_F(Service, EditedFramesReachScreenAndFilmInTheMemoryThatWasEdited) {
+  const camera_handle_t handle = start("scene");
+  const auto slot = handset::viewfinder_slot("group", "id");
+  Editor editor(handle,
+                [](const camera_buffer_t& out) { std::fill_n(out.data, out.nv12.stride * 16, std::uint8_t{200}); });
+  ASSERT_TRUE(soon([&] { return editor.edited() > 2; }));
+  const std::string path = new_film();
+  ASSERT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), EALREADY);
+  handset::CameraStatistics statistics{};
+  ASSERT_TRUE(soon([&] {
+    handset::camera_get_statistics(handle, &statistics);
+    return statistics.recorded > 20;
+  }));
+  EXPECT_EQ(camera_stop_video(handle), 0);
+  EXPECT_EQ(camera_stop_video(handle), EINVAL);
+  editor.stop();
+  const handset::Frame newest = slot->latest();
+  ASSERT_TRUE(newest);
+  GstMapInfo map;
+  ASSERT_TRUE(gst_buffer_map(newest.buffer.get(), &map, GST_MAP_READ));
+  EXPECT_EQ(map.data, editor.last_data()) << "the screen was given a copy";
+  gst_buffer_unmap(newest.buffer.get(), &map);
+
+  const film::Film film = film::play(path);
+  EXPECT_EQ(film.error, "");
+  EXPECT_GT(film.pictures.size(), 20U);
+  for (const film::Picture& picture : film.pictures) ASSERT_NEAR(picture.y(100, 4), 200, 4);
+  EXPECT_EQ(camera_close(handle), 0);
+  EXPECT_FALSE(slot->latest()) << "a closed camera leaves no picture";
+}
+
+TEST_F(Service, LostSourcesAreRevokedInTimeAndLeaveAPlayableFilm) {
+  for (const std::string source : {frames_then_error, frames_then_nothing, frames_then_end}) {
+    StatusLog log;
+    const camera_handle_t handle = open(source);
+    ASSERT_EQ(configure(handle), 0);
+    testing::internal::CaptureStderr();
+    ASSERT_EQ(camera_start_video_viewfinder(handle, nullptr, StatusLog::on_status, &log), 0) << source;
+    const std::string path = new_film();
+    const bool filming = camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr) == 0;
+    EXPECT_TRUE(soon([&] { return log.revoked > 0; }, 4s)) << source;
+    EXPECT_EQ(camera_stop_video(handle), filming ? 0 : EINVAL);
+    EXPECT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), EIO);
+    EXPECT_EQ(camera_close(handle), 0);
+    EXPECT_EQ(log.revoked, 1) << source;
+    EXPECT_EQ(testing::internal::GetCapturedStderr().rfind("camera: ", 0), 0U);
+    if (filming) {
+      EXPECT_EQ(film::play(path).error, "") << source;
+    }
+  }
+}
+
+TEST_F(Service, MayBeClosedFromItsOwnStatusCallback) {
+  log_.close_from_callback = true;
+  testing::internal::CaptureStderr();
+  const camera_handle_t handle = start(frames_then_error);
+  EXPECT_TRUE(soon([&] { return log_.revoked > 0; }));
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(log_.closed, 0);
+  EXPECT_EQ(camera_close(handle), EBADF);
+  open("scene");
+}
+
+TEST_F(Service, ClosingWaitsForThePairAndNeverForEver) {
+  const camera_handle_t handle = start("scene");
+  const int chid = ChannelCreate(0);
+  const int coid = ConnectAttach(0, 0, chid, side_channel_index, 0);
+  const pulse_event_t event = make_pulse_event(coid, -1, 5, 0);
+  camera_eventkey_t key = 0;
+  ASSERT_EQ(camera_enable_viewfinder_event(handle, CAMERA_EVENTMODE_READWRITE, &key, &event), 0);
+  pulse_t pulse{};
+  ASSERT_EQ(MsgReceivePulse(chid, &pulse, sizeof pulse, nullptr), 0);
+  camera_buffer_t input{};
+  camera_buffer_t output{};
+  ASSERT_EQ(camera_get_viewfinder_buffers(handle, key, &input, &output), 0);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(camera_close(handle), 0);
+  const auto took = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(took, handset::camera_timeouts::pair_return);
+  EXPECT_LT(took, 5s);
+  // The editor is late, and its memory is still there.
+  std::fill_n(output.data, output.data_size, std::uint8_t{3});
+  EXPECT_EQ(camera_return_buffer(handle, &input), 0);
+  EXPECT_EQ(camera_return_buffer(handle, &output), 0);
+  EXPECT_EQ(camera_return_buffer(handle, &output), EINVAL);
+  ConnectDetach(coid);
+  ChannelDestroy(chid);
+}
+
+TEST_F(Service, ClosingARecordingCameraCompletesTheFilm) {
+  const camera_handle_t handle = start("scene");
+  Editor editor(handle, [](const camera_buffer_t&) {});
+  const std::string path = new_film();
+  ASSERT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), 0);
+  std::this_thread::sleep_for(400ms);
+  std::thread stopper([&] { camera_stop_video(handle); });
+  EXPECT_EQ(camera_close(handle), 0);
+  stopper.join();
+  const film::Film film = film::play(path);
+  EXPECT_EQ(film.error, "");
+  EXPECT_GT(film.pictures.size(), 5U);
+}
+
+TEST_F(Service, StartsAndStopsOverAndOver) {
+  for (int i = 0; i < 12; ++i) {
+    const camera_handle_t handle = start("scene");
+    Editor editor(handle, [](const camera_buffer_t&) {});
+    if (i % 2 == 0) editor.stop();
+    ASSERT_EQ(camera_close(handle), 0);
+  }
+}
+
+TEST_F(Service, CameraRollMakesNewFilesInTheUsersVideos) {
+  const camera_handle_t handle = open("scene");
+  char name[256];
+  int fd = -1;
+  EXPECT_EQ(camera_roll_open_video(handle, &fd, name, 20, CAMERA_ROLL_VIDEO_FMT_DEFAULT), ENAMETOOLONG);
+  ASSERT_EQ(camera_roll_open_video(handle, &fd, name, sizeof name, CAMERA_ROLL_VIDEO_FMT_DEFAULT), 0);
+  const std::filesystem::path path(name);
+  EXPECT_EQ(path.parent_path().filename(), "Camera");
+  EXPECT_EQ(path.filename().string().size(), std::string("VID_20260101_000000.mp4").size());
+  EXPECT_TRUE(std::filesystem::exists(path));
+  EXPECT_EQ(camera_roll_close_video(fd), 0);
+  EXPECT_NE(camera_roll_close_video(fd), 0);
+  std::filesystem::remove(path);
+}
+
+}  // namespace

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+/// A folder of a test's own, removed with everything in it.
+class TempDir {
+ public:
+  TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  ~TempDir();
+
+  const std::string& path() const { return path_; }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+/// Writes a whole file.
+void write_file(const std::string& path, const std::string& content);
+std::string read_file(const std::string& path);

@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+#include <random>
+#include <thread>
+
+#include "tests/support/film.h"
+#include "tests/support/temp_dir.h"
+#include "tests/tools/process.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+std::vector<std::string> command(std::vector<std::string> words) {
+  words.insert(words.begin(), MORVANE_RECORD);
+  return words;
+}
+
+bool wait_for_data(const std::string& path) {
+  for (int i = 0; i < 2000; ++i) {
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) > 0 && !error) return true;
+    std::this_thread::sleep_for(5ms);
+  }
+  return false;
+}
+
+class Record : public testing::Test {
+ protected:
+  /// Two seconds of the built-in scene, to be used as a clip.
+  static void SetUpTestSuite() {
+    dir_ = new TempDir;
+    Process process(
+        command({"--source", "scene", "--size", "320x240", "--seconds", "2", "--microphone", "none", clip()}));
+    ASSERT_EQ(process.wait(), 0) << process.errors();
+  }
+  static void TearDownTestSuite() {
+    delete dir_;
+    dir_ = nullptr;
+  }
+  static std::string clip() { return dir_->file("clip.mp4"); }
+  static std::string out(const std::string& name) { return dir_->file(name); }
+
+  static TempDir* dir_;
+};
+
+TempDir* Record::dir_ = nullptr;
+
+TEST_F(Record, SceneInSepia) {
+  Process process(command({"--source", "scene", "--size", "320x240", "--filter", "5", "--seconds", "1.5",
+                           "--microphone", "tone", out("sepia.mp4")}));
+  ASSERT_EQ(process.wait(), 0) << process.errors();
+  EXPECT_EQ(process.errors(), "");
+  EXPECT_NE(process.output().find(" frames, "), std::string::npos) << process.output();
+  EXPECT_NE(process.output().find(out("sepia.mp4")), std::string::npos);
+  film::Film film = film::play(out("sepia.mp4"));
+  film::play_sound(out("sepia.mp4"), &film);
+  EXPECT_EQ(film.error, "");
+  EXPECT_NEAR(static_cast<double>(film.pictures.size()), 46, 4);
+  EXPECT_GT(film.sound_peak, 0.1);
+  EXPECT_EQ(film::count_with_ffprobe(out("sepia.mp4")), static_cast<int>(film.pictures.size()));
+  int last = -1;
+  for (const film::Picture& picture : film.pictures) {
+    for (const int x : {4, 100, 200, 310}) {
+      ASSERT_NEAR(picture.u(x, 60), 110, 3);
+      ASSERT_NEAR(picture.v(x, 60), 140, 3);
+    }
+    ASSERT_GT(picture.strip_number(), last) << "a frame is doubled or out of order";
+    last = picture.strip_number();
+  }
+}
+
+TEST_F(Record, UnpacedClipGivesExactlyItsFrames) {
+  const film::Film original = film::play(clip());
+  for (const char* filter : {"-1", "11"}) {
+    const std::string path = out(std::string("clip") + filter + ".mp4");
+    Process process(command({"--source", "clip:" + clip(), "--unpaced", "--filter", filter, path}));
+    ASSERT_EQ(process.wait(), 0) << process.errors();
+    EXPECT_NE(process.output().find(", 0 drops, "), std::string::npos) << process.output();
+    const film::Film copy = film::play(path);
+    EXPECT_EQ(copy.error, "");
+    ASSERT_EQ(copy.pictures.size(), original.pictures.size());
+    for (std::size_t i = 0; i < copy.pictures.size(); ++i) {
+      ASSERT_EQ(copy.pictures[i].strip_number(), original.pictures[i].strip_number());
+      ASSERT_NEAR(static_cast<double>(copy.pictures[i].pts - original.pictures[i].pts), 0, 1e6);
+    }
+    // The colour card's chips: red stays under the red filter, green and blue go grey.
+    const film::Picture& picture = copy.pictures[30];
+    EXPECT_GT(picture.v(19, 202), 230);
+    EXPECT_EQ(std::abs(picture.v(32, 202) - 127) < 6, *filter == '1');
+    EXPECT_EQ(std::abs(picture.u(45, 202) - 127) < 6, *filter == '1');
+  }
+}
+
+TEST_F(Record, SignalsCompleteTheFile) {
+  for (const int number : {SIGINT, SIGTERM}) {
+    const std::string path = out("signal" + std::to_string(number) + ".mp4");
+    Process process(command({"--source", "scene", "--size", "320x240", "--microphone", "none", path}));
+    ASSERT_TRUE(wait_for_data(path));
+    std::this_thread::sleep_for(700ms);
+    process.signal(number);
+    EXPECT_EQ(process.wait(), 0);
+    const film::Film film = film::play(path);
+    EXPECT_EQ(film.error, "");
+    EXPECT_GT(film.pictures.size(), 12U);
+    const std::vector<std::string> boxes = film::boxes(path);
+    EXPECT_EQ(std::count(boxes.begin(), boxes.end(), "moov"), 1);
+  }
+}
+
+TEST_F(Record, KilledRecordingsPlayToWithinASecondAndAHalf) {
+  std::mt19937 random(20261122);
+  std::uniform_int_distribution<int> moment(1300, 4000);
+  for (int i = 0; i < 4; ++i) {
+    const std::string path = out("killed" + std::to_string(i) + ".mp4");
+    Process process(command({"--source", "scene", "--size", "640x480", "--microphone", "tone", path}));
+    ASSERT_TRUE(wait_for_data(path));
+    const int lived = moment(random);
+    std::this_thread::sleep_for(std::chrono::milliseconds(lived));
+    process.signal(SIGKILL);
+    EXPECT_EQ(process.wait(), -SIGKILL);
+    const film::Film film = film::play(path);
+    EXPECT_EQ(film.error, "");
+    EXPECT_GE(static_cast<double>(film.pictures.size()), (lived - 1500) * 0.030) << "lived " << lived << " ms";
+    EXPECT_EQ(film::count_with_ffprobe(path), static_cast<int>(film.pictures.size()));
+  }
+}
+
+TEST_F(Record, LoopingClipGoesOnPastItsEnd) {
+  const std::string path = out("loop.mp4");
+  Process process(command({"--source", "clip:" + clip(), "--seconds", "4.5", "--microphone", "none", path}));
+  ASSERT_EQ(process.wait(), 0) << process.errors();
+  const film::Film film = film::play(path);
+  EXPECT_EQ(film.error, "");
+  EXPECT_GT(film.pictures.size(), 110U);
+  for (std::size_t i = 1; i < film.pictures.size(); ++i) {
+    const std::int64_t step = film.pictures[i].pts - film.pictures[i - 1].pts;
+    ASSERT_GT(step, 0);
+    ASSERT_LT(step, 150'000'000) << "the loop's seam shows at " << i;
+  }
+}
+
+TEST_F(Record, FullDiskExitsWithOneAndAPlayableFilm) {
+  const std::string path = out("full.mp4");
+  // Room for the index and some of the film; then every write fails.
+  Process process(command({"--source", "gst:videotestsrc is-live=true pattern=snow", "--size", "1280x720",
+                           "--microphone", "none", "--seconds", "30", path}),
+                  [] {
+                    const rlimit limit{12'000'000, 12'000'000};
+                    setrlimit(RLIMIT_FSIZE, &limit);
+                  });
+  EXPECT_EQ(process.wait(), 1);
+  EXPECT_NE(process.errors().find("recording ended: "), std::string::npos) << process.errors();
+  const film::Film film = film::play(path);
+  EXPECT_GT(film.pictures.size(), 5U);
+}
+
+TEST_F(Record, EachImpossibilityExitsWithOneAndSaysSo) {
+  write_file(out("existing.mp4"), "precious");
+  write_file(out("noise.bin"), std::string(3000, 'n'));
+  const struct {
+    std::vector<std::string> words;
+    const char* said;
+  } cases[] = {
+      {{"--source", "scene", "--seconds", "1", out("existing.mp4")}, "cannot create"},
+      {{"--source", "scene", "--seconds", "1", out("no/such/folder.mp4")}, "cannot create"},
+      {{"--source", "scene", "--seconds", "1", dir_->path()}, "cannot create"},
+      {{"--source", "clip:" + out("missing.mp4"), out("x.mp4")}, "cannot open clip"},
+      {{"--source", "clip:" + out("noise.bin"), out("x.mp4")}, "cannot decode clip"},
+      {{"--source", "gst:nothing-like-that", out("x.mp4")}, "camera: no element"},
+      {{"--source", "gst:videotestsrc ! video/x-raw", "--size", "15x15", out("x.mp4")}, "bad value"},
+      {{"--source", "telescope", out("x.mp4")}, "unknown camera source"},
+      {{"--frobnicate", out("x.mp4")}, "unknown option"},
+  };
+  for (const auto& c : cases) {
+    Process process(command(c.words));
+    EXPECT_EQ(process.wait(), 1) << c.said;
+    EXPECT_NE(process.errors().find(c.said), std::string::npos) << process.errors();
+    EXPECT_FALSE(std::filesystem::exists(out("x.mp4"))) << c.said;
+  }
+  EXPECT_EQ(read_file(out("existing.mp4")), "precious");
+}
+
+TEST_F(Record, LostCameraExitsWithOneAndAPlayableFilm) {
+  const std::string path = out("lost.mp4");
+  Process process(command({"--source", "gst:videotestsrc is-live=true ! identity error-after=60", "--size", "320x240",
+                           "--microphone", "none", "--filter", "7", path}));
+  EXPECT_EQ(process.wait(), 1);
+  EXPECT_NE(process.errors().find("Resource are being revoked!\n"), std::string::npos) << process.errors();
+  const film::Film film = film::play(path);
+  EXPECT_EQ(film.error, "");
+  EXPECT_GT(film.pictures.size(), 30U);
+}
+
+}  // namespace
