@@ -8,6 +8,7 @@
 #include "engine/filter_thread.h"
 #include "engine/frame_planes.h"
 #include "engine/kernels/color_kernels.h"
+#include "engine/kernels/reference.h"
 
 std::atomic<std::int32_t> _u = 128, _v = 128, _y = 128;
 std::atomic<float> _color_filter_value = 0.5f;
@@ -77,10 +78,6 @@ std::uint8_t mask_byte(int slab, int u_level, int v_level, double threshold, col
   return static_cast<std::uint8_t>(byte);
 }
 
-std::uint8_t truncated_byte(double value) {
-  return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
-}
-
 double clamped_component(double value) {
   return std::max(std::min(value, 255.0), 0.0) / 255;
 }
@@ -136,9 +133,10 @@ bool color_match_yellow(std::uint8_t luma, std::uint8_t u, std::uint8_t v, doubl
 
 void logo_get_yuv_for_rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t* luma, std::uint8_t* u,
                           std::uint8_t* v) {
-  *luma = truncated_byte(0.299 * red + 0.587 * green + 0.114 * blue);
-  *u = truncated_byte(-0.169 * red - 0.331 * green + 0.499 * blue + 128);
-  *v = truncated_byte(0.499 * red - 0.418 * green - 0.0813 * blue + 128);
+  const kernels::reference::yuv color = kernels::reference::yuv_for_rgb(red, green, blue);
+  *luma = color.luma;
+  *u = color.u;
+  *v = color.v;
 }
 
 bool color_match_for_effect(std::int32_t effect, FilterColorMatch* which) {

@@ -1,9 +1,12 @@
 #include "engine/overlay.h"
 
 #include <algorithm>
+#include <mutex>
+#include <utility>
 
+#include "engine/filter_thread.h"
 #include "engine/frame_planes.h"
-#include "engine/kernels/reference.h"
+#include "engine/kernels/overlay_kernels.h"
 
 logo_image_s logo_image = {};
 logo_image_s datetime_image = {};
@@ -28,6 +31,44 @@ clipped_span clip(std::int32_t position, std::int32_t size, std::uint32_t frame_
 
 }  // namespace
 
+logo_image_s allocate_overlay(std::int32_t width, std::int32_t height) {
+  const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  return {.x = 0,
+          .y = 0,
+          .width = width,
+          .height = height,
+          .luma = new std::uint8_t[pixels],
+          .chroma = new std::uint8_t[pixels / 2],
+          .alpha = new std::uint8_t[pixels],
+          .chroma_alpha = new std::uint8_t[pixels / 4],
+          .enabled = false};
+}
+
+void free_overlay(logo_image_s& record) {
+  for (const std::uint8_t* plane : {record.luma, record.chroma, record.alpha, record.chroma_alpha}) delete[] plane;
+  record = {};
+}
+
+logo_image_s exchange_overlay(logo_image_s& shared, const logo_image_s& built) {
+  const std::lock_guard lock(engine_lock());
+  return std::exchange(shared, built);
+}
+
+void free_logo_image() {
+  logo_image_s old = exchange_overlay(logo_image, {});
+  free_overlay(old);
+}
+
+bool suspend_logo_image() {
+  const std::lock_guard lock(engine_lock());
+  return std::exchange(logo_image.enabled, false);
+}
+
+void restore_logo_image(bool enabled) {
+  const std::lock_guard lock(engine_lock());
+  logo_image.enabled = enabled && logo_image.luma != nullptr;
+}
+
 void logo_filter(logo_image_s record, const camera_buffer_t* input, const camera_buffer_t* output) {
   const clipped_span x = clip(record.x, record.width, input->nv12.width);
   const clipped_span y = clip(record.y, record.height, input->nv12.height);
@@ -37,7 +78,7 @@ void logo_filter(logo_image_s record, const camera_buffer_t* input, const camera
   const std::ptrdiff_t source_block = y.in_overlay / 2 * record.width;
   const std::ptrdiff_t luma = y.in_frame * luma_stride(*input) + x.in_frame;
   const std::ptrdiff_t chroma = chroma_offset(*input) + y.in_frame / 2 * chroma_stride(*input) + x.in_frame;
-  const kernels::reference::blend_planes planes = {
+  const kernels::blend_planes planes = {
       .luma = record.luma + source,
       .chroma = record.chroma + source_block + x.in_overlay,
       .alpha = record.alpha + source,
@@ -49,5 +90,5 @@ void logo_filter(logo_image_s record, const camera_buffer_t* input, const camera
       .frame_stride = luma_stride(*input),
       .frame_chroma_stride = chroma_stride(*input),
   };
-  kernels::reference::blend(planes, static_cast<std::size_t>(x.size), static_cast<std::size_t>(y.size));
+  kernels::blend(planes, static_cast<std::size_t>(x.size), static_cast<std::size_t>(y.size));
 }
