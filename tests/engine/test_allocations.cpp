@@ -1,4 +1,5 @@
-// Proves that the filter thread allocates nothing per frame: this program's malloc counts what one thread asks for.
+// Proves that the filter thread allocates nothing per frame, and that pictures cannot ask for any amount of memory:
+// this program's malloc counts what one thread asks for.
 
 #include <gtest/gtest.h>
 
@@ -9,9 +10,13 @@
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
 #include "engine/overlay.h"
+#include "engine/overlay_loader.h"
+#include "engine/picture.h"
 #include "tests/engine/engine_state.h"
 #include "tests/engine/fake_camera.h"
 #include "tests/engine/overlay_planes.h"
+#include "tests/engine/png_file.h"
+#include "tests/support/temp_dir.h"
 
 extern "C" {
 void* __libc_malloc(std::size_t size);
@@ -25,31 +30,35 @@ namespace {
 thread_local bool counting = false;
 std::atomic<int> allocations = 0;
 
-void count() {
-  if (counting) ++allocations;
+std::atomic<std::size_t> largest = 0;
+
+void count(std::size_t bytes) {
+  if (!counting) return;
+  ++allocations;
+  if (bytes > largest) largest = bytes;
 }
 
 }  // namespace
 
 extern "C" {
 void* malloc(std::size_t size) {
-  count();
+  count(size);
   return __libc_malloc(size);
 }
 void* calloc(std::size_t number, std::size_t size) {
-  count();
+  count(number * size);
   return __libc_calloc(number, size);
 }
 void* realloc(void* memory, std::size_t size) {
-  count();
+  count(size);
   return __libc_realloc(memory, size);
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-  count();
+  count(size);
   return __libc_memalign(alignment, size);
 }
 int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
-  count();
+  count(size);
   *memory = __libc_memalign(alignment, size);
   return *memory == nullptr ? ENOMEM : 0;
 }
@@ -88,6 +97,45 @@ TEST(Allocations, FramesCostNone) {
   kill_thread();
   EXPECT_EQ(allocations, 0);
   logo_image = datetime_image = {};
+}
+
+TEST(Allocations, PicturesAskForBoundedMemory) {
+  const TempDir folder;
+  const std::string path = folder.file("picture.png");
+  const auto largest_while_reading = [&path](const std::string& file) {
+    write_file(path, file);
+    largest = 0;
+    counting = true;
+    const QImage image = read_picture(path.c_str());
+    counting = false;
+    EXPECT_TRUE(image.isNull());
+    return largest.load();
+  };
+  QImage image(8, 8, QImage::Format_ARGB32);
+  image.fill(Qt::red);
+  const QImage mono = image.convertToFormat(QImage::Format_Mono), deep = image.convertToFormat(QImage::Format_RGBA64);
+  constexpr std::size_t little = 1 << 20, limit = 128 << 20;
+  for (const QImage& picture : {image, mono, deep}) {
+    const std::string png = png_of(picture);
+    EXPECT_LT(largest_while_reading(with_claimed_size(png, 60000, 60000)), little);
+    EXPECT_LE(largest_while_reading(with_claimed_size(png, 8192, 4096)), limit);
+  }
+}
+
+TEST(Allocations, NarrowTallPicturesAreNotBlownUp) {
+  reset_engine();
+  _screen_wid = 4096;
+  _screen_hi = 2160;
+  const TempDir folder;
+  const std::string path = folder.file("picture.png");
+  write_file(path, png_of(QImage(1, 500000, QImage::Format_ARGB32)));
+  largest = 0;
+  counting = true;
+  EXPECT_EQ(logo_load_image(0, 0, path.c_str(), false), 0);
+  counting = false;
+  EXPECT_LT(largest, 128u << 20);
+  EXPECT_GE(logo_image.height, 2160);
+  free_logo_image();
 }
 
 }  // namespace

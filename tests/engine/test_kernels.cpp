@@ -1,27 +1,14 @@
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <random>
 #include <set>
 
 #include "engine/kernels/color_kernels.h"
 #include "engine/kernels/reference.h"
+#include "tests/engine/every_target.h"
 #include "tests/engine/test_frame.h"
 
 namespace {
-
-/// Runs `check` once with each instruction set that this CPU and this build have.
-template <typename Check>
-void on_every_target(Check check) {
-  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
-    SCOPED_TRACE(hwy::TargetName(target));
-    hwy::SetSupportedTargetsForTest(target);
-    hwy::GetChosenTarget().DeInit();
-    check();
-  }
-  hwy::SetSupportedTargetsForTest(0);
-  hwy::GetChosenTarget().DeInit();
-}
 
 /// Every small width, odd ones included, then sizes around vectors, rounds and real pictures.
 std::vector<std::uint32_t> widths() {
