@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "platform/camera/colorimetry.h"
+#include "platform/camera/handover.h"
 #include "platform/camera/range.h"
 
 namespace handset {
@@ -42,6 +43,7 @@ Capture::~Capture() {
 
 void Capture::stop() {
   if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  taken_back(this);
 }
 
 bool Capture::build(std::string* error) {
@@ -90,6 +92,7 @@ bool Capture::begin(std::string* error) {
   const auto clock = ObjectPtr<GstClock>::adopt(gst_system_clock_obtain());
   gst_pipeline_use_clock(GST_PIPELINE(pipeline_.get()), clock.get());
   last_frame_ = monotonic_now();
+  handed_over(this);
   const bool looping = setup_.source->is_clip() && !setup_.unpaced;
   bool started = true;
   if (looping) {
@@ -186,6 +189,7 @@ void Capture::frame_rate(int* numerator, int* denominator) const {
 /// The crop depends on the input's size, which is known when its caps pass.
 GstPadProbeReturn Capture::on_input_event(GstPad*, GstPadProbeInfo* info, gpointer data) {
   auto* self = static_cast<Capture*>(data);
+  const CalledBack scope(self);
   GstEvent* event = gst_pad_probe_info_get_event(info);
   if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
   GstCaps* caps = nullptr;
@@ -223,6 +227,7 @@ GstFlowReturn Capture::on_new_sample(GstElement*, gpointer self) {
 }
 
 GstFlowReturn Capture::take_sample() {
+  const CalledBack scope(this);
   Frame frame;
   {
     const SamplePtr sample = SamplePtr::adopt(gst_app_sink_pull_sample(GST_APP_SINK(sink_.get())));

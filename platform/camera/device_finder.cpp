@@ -71,6 +71,21 @@ std::vector<camera_res_t> sizes_of(const GstStructure* structure) {
   return sizes;
 }
 
+/// The process's monitor, started at the first call and never stopped: stopping PipeWire's provider (0.3.65)
+/// while a camera comes or goes corrupts the heap.
+GstDeviceMonitor* device_monitor() {
+  static GstDeviceMonitor* const monitor = [] {
+    GstDeviceMonitor* fresh = gst_device_monitor_new();
+    gst_device_monitor_add_filter(fresh, "Video/Source", nullptr);
+    // Nobody reads its news; the list is asked for when it is needed.
+    const BusPtr bus = BusPtr::adopt(gst_device_monitor_get_bus(fresh));
+    gst_bus_set_flushing(bus.get(), TRUE);
+    gst_device_monitor_start(fresh);
+    return fresh;
+  }();
+  return monitor;
+}
+
 }  // namespace
 
 std::vector<CameraMode> camera_modes(const GstCaps* caps) {
@@ -97,11 +112,7 @@ std::vector<CameraMode> camera_modes(const GstCaps* caps) {
 }
 
 std::vector<FoundCamera> find_cameras() {
-  const auto monitor = ObjectPtr<GstDeviceMonitor>::adopt(gst_device_monitor_new());
-  gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
-  if (!gst_device_monitor_start(monitor.get())) return {};
-  GList* devices = gst_device_monitor_get_devices(monitor.get());
-  gst_device_monitor_stop(monitor.get());
+  GList* devices = gst_device_monitor_get_devices(device_monitor());
 
   std::map<std::string, FoundCamera> by_node;
   for (GList* entry = devices; entry != nullptr; entry = entry->next) {

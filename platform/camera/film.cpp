@@ -8,6 +8,7 @@
 #include "platform/camera/camera_config.h"
 #include "platform/camera/colorimetry.h"
 #include "platform/camera/encoders.h"
+#include "platform/camera/handover.h"
 #include "platform/camera/microphone.h"
 #include "platform/camera/mp4_compact.h"
 
@@ -58,6 +59,7 @@ std::unique_ptr<Film> Film::start(const Setup& setup, std::string* error) {
 
 Film::~Film() {
   if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  taken_back(this);
 }
 
 bool Film::build(std::string* error) {
@@ -101,6 +103,7 @@ bool Film::build(std::string* error) {
   gst_pad_add_probe(
       pad.get(), GST_PAD_PROBE_TYPE_BUFFER,
       [](GstPad*, GstPadProbeInfo*, gpointer self) {
+        const CalledBack scope(self);
         static_cast<Film*>(self)->in_file_ = true;
         return GST_PAD_PROBE_REMOVE;
       },
@@ -114,21 +117,22 @@ bool Film::build(std::string* error) {
                       nullptr);
   g_object_set(video_.get(), "caps", caps.get(), nullptr);
   GstAppSrcCallbacks callbacks{};
-  const auto set_ready = [](GstAppSrc*, gpointer self, bool ready) {
-    auto* film = static_cast<Film*>(self);
-    const std::lock_guard lock(film->mutex_);
-    film->ready_ = ready;
-    film->changed_.notify_all();
-  };
-  static const auto notify = set_ready;
-  callbacks.need_data = [](GstAppSrc* source, guint, gpointer self) { notify(source, self, true); };
-  callbacks.enough_data = [](GstAppSrc* source, gpointer self) { notify(source, self, false); };
+  callbacks.need_data = [](GstAppSrc*, guint, gpointer self) { static_cast<Film*>(self)->set_ready(true); };
+  callbacks.enough_data = [](GstAppSrc*, gpointer self) { static_cast<Film*>(self)->set_ready(false); };
   gst_app_src_set_callbacks(GST_APP_SRC(video_.get()), &callbacks, this, nullptr);
 
+  handed_over(this);
   if (gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) return true;
   check();
   *error = failure_.empty() ? "the encoder does not start" : failure_;
   return false;
+}
+
+void Film::set_ready(bool ready) {
+  const CalledBack scope(this);
+  const std::lock_guard lock(mutex_);
+  ready_ = ready;
+  changed_.notify_all();
 }
 
 bool Film::wait_ready(std::chrono::milliseconds limit) {

@@ -61,6 +61,7 @@ class Film {
   explicit Film(const Setup& setup) : setup_(setup) {}
   bool build(std::string* error);
   int take_message(GstMessage* message);
+  void set_ready(bool ready);
 
   const Setup setup_;
   ElementPtr pipeline_;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/camera/capture.h"
+#include "platform/camera/handover.h"
 
 namespace handset {
 namespace {
@@ -37,6 +38,7 @@ Microphone::Microphone(Deliver deliver) : deliver_(std::move(deliver)) {}
 
 Microphone::~Microphone() {
   if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  taken_back(this);
 }
 
 std::unique_ptr<Microphone> Microphone::start(const std::string& kind, Deliver deliver) {
@@ -64,6 +66,7 @@ std::unique_ptr<Microphone> Microphone::try_start(const std::string& source, Del
   GstAppSinkCallbacks callbacks{};
   callbacks.new_sample = [](GstAppSink*, gpointer self) { return static_cast<Microphone*>(self)->take_sample(); };
   gst_app_sink_set_callbacks(GST_APP_SINK(microphone->sink_.get()), &callbacks, microphone.get(), nullptr);
+  handed_over(microphone.get());
   if (gst_element_set_state(pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) return nullptr;
   if (gst_element_get_state(pipeline.get(), nullptr, nullptr, start_patience) == GST_STATE_CHANGE_FAILURE)
     return nullptr;
@@ -71,6 +74,7 @@ std::unique_ptr<Microphone> Microphone::try_start(const std::string& source, Del
 }
 
 GstFlowReturn Microphone::take_sample() {
+  const CalledBack scope(this);
   const SamplePtr sample = SamplePtr::adopt(gst_app_sink_pull_sample(GST_APP_SINK(sink_.get())));
   if (!sample) return GST_FLOW_EOS;
   BufferPtr block = BufferPtr::share(gst_sample_get_buffer(sample.get()));

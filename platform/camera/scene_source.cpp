@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "platform/camera/colorimetry.h"
+#include "platform/camera/handover.h"
 #include "platform/camera/scene_painter.h"
 
 // GObject boilerplate: the class and instance structures are GLib's to allocate, so what C++ must
@@ -32,6 +33,7 @@ SceneSource* self(gpointer object) {
 }
 
 gboolean set_caps(GstBaseSrc* base, GstCaps* caps) {
+  const handset::CalledBack scope(base);
   SceneSource::State& state = *self(base)->state;
   if (!gst_video_info_from_caps(&state.info, caps)) return FALSE;
   const int width = GST_VIDEO_INFO_WIDTH(&state.info);
@@ -44,16 +46,17 @@ gboolean set_caps(GstBaseSrc* base, GstCaps* caps) {
   return TRUE;
 }
 
-GstCaps* fixate(GstBaseSrc* base, GstCaps* caps) {
+GstCaps* fixate(GstBaseSrc*, GstCaps* caps) {
   GstCaps* fixed = gst_caps_make_writable(caps);
   GstStructure* structure = gst_caps_get_structure(fixed, 0);
   gst_structure_fixate_field_nearest_int(structure, "width", 1280);
   gst_structure_fixate_field_nearest_int(structure, "height", 720);
   gst_structure_fixate_field_nearest_fraction(structure, "framerate", 30, 1);
-  return GST_BASE_SRC_CLASS(scene_source_parent_class)->fixate(base, fixed);
+  return gst_caps_fixate(fixed);
 }
 
 gboolean decide_allocation(GstBaseSrc* base, GstQuery* query) {
+  const handset::CalledBack scope(base);
   // A video pool recycles the frames' memory; the default one of the base class would be asked for
   // plain blocks and could hand out a pool that downstream wants rows padded in.
   GstCaps* caps = nullptr;
@@ -97,6 +100,7 @@ void skip_missed_frames(SceneSource* source) {
 }
 
 GstFlowReturn fill(GstPushSrc* push, GstBuffer* buffer) {
+  const handset::CalledBack scope(push);
   SceneSource::State& state = *self(push)->state;
   skip_missed_frames(self(push));
   GstVideoFrame frame;
@@ -121,11 +125,13 @@ GstFlowReturn fill(GstPushSrc* push, GstBuffer* buffer) {
 }
 
 gboolean start(GstBaseSrc* base) {
+  const handset::CalledBack scope(base);
   self(base)->state->frame = 0;
   return TRUE;
 }
 
 void finalize(GObject* object) {
+  handset::taken_back(object);
   delete self(object)->state;
   G_OBJECT_CLASS(scene_source_parent_class)->finalize(object);
 }
@@ -158,6 +164,7 @@ static void scene_source_init(SceneSource* source) {
   source->state = new SceneSource::State;
   gst_base_src_set_live(GST_BASE_SRC(source), TRUE);
   gst_base_src_set_format(GST_BASE_SRC(source), GST_FORMAT_TIME);
+  handset::handed_over(source);
 }
 
 namespace handset {
