@@ -1,0 +1,40 @@
+# Which packages of the distribution the project needs, and installing what is missing. Sourced.
+
+# To build and to run.
+build_packages="g++ cmake ninja-build pkg-config
+  libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libhwy-dev libyuv-dev zlib1g-dev
+  qt6-base-dev libgl-dev fonts-dejavu-core
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
+  gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-pipewire"
+
+# To test: the frameworks, a second opinion on the films, a camera without hardware.
+test_packages="libgtest-dev libgmock-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools"
+
+# For benchmarks: the framework, and real footage.
+bench_packages="libbenchmark-dev forensics-samples-files"
+
+# Prints those of the named packages that are not installed.
+missing_packages() {
+  for package in "$@"; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || printf '%s ' "$package"
+  done
+}
+
+# Installs what is missing; asks for root rights only then.
+install_packages() {
+  missing=$(missing_packages "$@")
+  [ -n "$missing" ] || return 0
+  if ! command -v apt-get >/dev/null; then
+    echo "These packages are needed, and there is no apt-get to install them: $missing" >&2
+    return 1
+  fi
+  as_root=
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "Installing needs root rights: $missing" >&2; return 1; }
+    as_root=sudo
+  fi
+  echo "Installing: $missing"
+  $as_root apt-get update -qq
+  # shellcheck disable=SC2086
+  $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing >/dev/null
+}
