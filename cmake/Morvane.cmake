@@ -1,6 +1,8 @@
 # Compiler settings that every target of the project shares.
 add_library(morvane_options INTERFACE)
 target_include_directories(morvane_options INTERFACE ${CMAKE_SOURCE_DIR})
+# Qt's macros `signals`, `slots` and `emit` would take those words from everybody.
+target_compile_definitions(morvane_options INTERFACE QT_NO_KEYWORDS)
 # -ffp-contract=off: the colour arithmetic has one right answer, on every CPU.
 target_compile_options(morvane_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
   -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -ffp-contract=off)

@@ -8,10 +8,10 @@ build_packages="g++ cmake ninja-build pkg-config
   gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-pipewire"
 
 # To test: the frameworks, a second opinion on the films, a camera without hardware.
-test_packages="libgtest-dev libgmock-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools"
+test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools"
 
-# For benchmarks: the framework, and real footage.
-bench_packages="libbenchmark-dev forensics-samples-files"
+# For benchmarks: real footage.
+bench_packages="forensics-samples-files"
 
 # Prints those of the named packages that are not installed.
 missing_packages() {

@@ -58,9 +58,9 @@ Rgb portrait(Rgb under, double x, double y, double cx, const Rgb& skin, const Rg
 Rgb backdrop(double x, double y, double aspect, double px) {
   const Rgb sky = mix({86, 132, 190}, {206, 222, 236}, smooth(0.0, 0.62, y));
   const Rgb ground = mix({150, 146, 138}, {88, 84, 80}, smooth(0.62, 1.0, y));
-  Rgb colour = mix(sky, ground, smooth(0.62 - px, 0.62 + px, y));
   const double hills = 0.54 + 0.035 * std::sin(x * 3.1 + 0.6) + 0.018 * std::sin(x * 7.3);
-  if (y < 0.62) colour = mix(colour, {96, 128, 104}, smooth(hills - px, hills + px, y));
+  Rgb colour = mix(sky, {96, 128, 104}, smooth(hills - px, hills + px, y));
+  colour = mix(colour, ground, smooth(0.62 - px, 0.62 + px, y));
 
   const double sun = std::hypot(x - aspect * 0.84, y - 0.17);
   colour = mix(colour, {255, 255, 255}, 0.5 * std::exp(-sun * 9));

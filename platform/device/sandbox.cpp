@@ -62,6 +62,16 @@ std::string camera_roll_dir() {
   return user_dirs().videos + "/Camera";
 }
 
+std::string find_package_dir() {
+  std::error_code error;
+  const fs::path program = fs::read_symlink("/proc/self/exe", error).parent_path();
+  for (const char* place : {"../package", "../share/morvane"}) {
+    const fs::path package = fs::weakly_canonical(program / place, error);
+    if (!error && fs::is_directory(package / "native", error)) return package.string();
+  }
+  return {};
+}
+
 int prepare_sandbox(const UserDirs& dirs, const std::string& package_dir, std::string* root) {
   *root = dirs.data + "/morvane";
   const std::string pictures = dirs.pictures + "/Camera";

@@ -22,6 +22,10 @@ const UserDirs& user_dirs();
 /// The camera roll: folder "Camera" in the user's Videos.
 std::string camera_roll_dir();
 
+/// The installed package: beside the program in a build, in share/morvane of an installation.
+/// @return empty when there is none
+std::string find_package_dir();
+
 /// Creates the sandbox's folders and links under dirs.data/morvane. An existing folder in a link's
 /// place is left alone; a link that points elsewhere is replaced.
 /// @param package_dir  the installed package

@@ -27,6 +27,17 @@ TEST(RecordOptions, AreReadInAnyOrder) {
   EXPECT_FLOAT_EQ(o.tolerance, 0.25F);
   EXPECT_DOUBLE_EQ(o.seconds, 2.5);
   EXPECT_TRUE(o.unpaced);
+  record::Options over;
+  EXPECT_EQ(parse({"--texture", "Fog White", "--position", "6", "--fullscreen", "--own-colors", "--stamp", "8",
+                   "--stamp-color", "0", "--stamp-position", "3", "x.mp4"},
+                  &over),
+            "");
+  EXPECT_EQ(over.texture, "Fog White");
+  EXPECT_EQ(over.position, 6);
+  EXPECT_TRUE(over.fill_frame && over.own_colors);
+  EXPECT_EQ(over.stamp, 8);
+  EXPECT_EQ(over.stamp_color, 0);
+  EXPECT_EQ(over.stamp_position, 3);
   record::Options none;
   EXPECT_EQ(parse({"--filter", "-1", "x.mp4"}, &none), "");
   EXPECT_EQ(none.filter, -1);
@@ -51,6 +62,11 @@ TEST(RecordOptions, EachMistakeIsNamed) {
       {{"--tolerance", "nan", "a.mp4"}, "bad value \"nan\" for --tolerance"},
       {{"--seconds", "0", "a.mp4"}, "bad value \"0\" for --seconds"},
       {{"--microphone", "loud", "a.mp4"}, "bad value \"loud\" for --microphone"},
+      {{"--position", "7", "a.mp4"}, "bad value \"7\" for --position"},
+      {{"--stamp", "0", "a.mp4"}, "bad value \"0\" for --stamp"},
+      {{"--stamp-color", "6", "a.mp4"}, "bad value \"6\" for --stamp-color"},
+      {{"--stamp-position", "-1", "a.mp4"}, "bad value \"-1\" for --stamp-position"},
+      {{"--texture", "", "a.mp4"}, "bad value \"\" for --texture"},
       {{"--unpaced", "a.mp4"}, "--unpaced needs a clip"},
   };
   for (const auto& c : cases) {

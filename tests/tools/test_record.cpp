@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <QImage>
 #include <chrono>
 #include <filesystem>
 #include <random>
@@ -97,6 +98,58 @@ TEST_F(Record, UnpacedClipGivesExactlyItsFrames) {
   }
 }
 
+TEST_F(Record, OpaqueOverlaysKeepTheirColoursFromPngToFilm) {
+  QImage picture(64, 48, QImage::Format_ARGB32);
+  picture.fill(QColor(200, 40, 60));
+  ASSERT_TRUE(picture.save(QString::fromStdString(out("card.png"))));
+  for (const bool own : {false, true}) {
+    const std::string path = out(own ? "own.mp4" : "tinted.mp4");
+    std::vector<std::string> words = {"--source",  "scene",     "--size",        "320x240",    "--filter",
+                                      "5",         "--texture", out("card.png"), "--position", "2",
+                                      "--seconds", "0.5",       "--microphone",  "none",       path};
+    if (own) words.emplace_back("--own-colors");
+    Process process(command(words));
+    ASSERT_EQ(process.wait(), 0) << process.errors();
+    const film::Film film = film::play(path);
+    ASSERT_GT(film.pictures.size(), 10U);
+    // Y 90, U 111, V 206 by the engine's formulas; sepia's chroma where the filter colours the overlay.
+    const film::Picture& shown = film.pictures[8];
+    EXPECT_NEAR(shown.y(288, 24), 90, 3);
+    EXPECT_NEAR(shown.u(288, 24), own ? 111 : 110, 3);
+    EXPECT_NEAR(shown.v(288, 24), own ? 206 : 140, 3);
+    EXPECT_NEAR(shown.v(200, 100), 140, 3) << "the picture beside the overlay is not sepia";
+  }
+}
+
+TEST_F(Record, StampTicksEverySecondAndTexturesComeFromThePackage) {
+  const std::string path = out("stamped.mp4");
+  const std::string home = out("home");
+  std::filesystem::create_directory(home);
+  Process process(
+      command({"--source", "gst:videotestsrc is-live=true pattern=solid-color foreground-color=0xff808080", "--size", "640x480", "--texture", "brick",
+               "--stamp", "1", "--stamp-position", "2", "--seconds", "3.2", "--microphone", "none", path}),
+      [&] {
+        for (const char* name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) unsetenv(name);
+        setenv("HOME", home.c_str(), 1);
+      });
+  ASSERT_EQ(process.wait(), 0) << process.errors();
+  const film::Film film = film::play(path);
+  ASSERT_GT(film.pictures.size(), 80U);
+  // Brick is red at the edge; the middle is open and holds the stamp: 488 x 28 at (76, 226).
+  EXPECT_GT(film.pictures[40].v(6, 300), 133);
+  int ticks = 0;
+  for (std::size_t i = 1; i < film.pictures.size(); ++i) {
+    // The last digit of the seconds stands before the AM/PM sign, 24 pixels wide.
+    int difference = 0;
+    for (int x = 76 + 401; x < 76 + 440; ++x) {
+      difference += std::abs(film.pictures[i].y(x, 238) - film.pictures[i - 1].y(x, 238));
+    }
+    if (difference > 400) ++ticks;
+  }
+  EXPECT_GE(ticks, 2);
+  EXPECT_LE(ticks, 4);
+}
+
 TEST_F(Record, SignalsCompleteTheFile) {
   for (const int number : {SIGINT, SIGTERM}) {
     const std::string path = out("signal" + std::to_string(number) + ".mp4");
@@ -175,6 +228,7 @@ TEST_F(Record, EachImpossibilityExitsWithOneAndSaysSo) {
       {{"--source", "gst:nothing-like-that", out("x.mp4")}, "camera: no element"},
       {{"--source", "gst:videotestsrc ! video/x-raw", "--size", "15x15", out("x.mp4")}, "bad value"},
       {{"--source", "telescope", out("x.mp4")}, "unknown camera source"},
+      {{"--source", "scene", "--texture", out("noise.bin"), out("x.mp4")}, "logo is null\n"},
       {{"--frobnicate", out("x.mp4")}, "unknown option"},
   };
   for (const auto& c : cases) {

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "engine/stamp.h"
+#include "engine/stamp_layout.h"
 #include "platform/camera/source.h"
 
 namespace record {
@@ -21,6 +23,13 @@ enum Code : int {
   seconds_code,
   microphone_code,
   unpaced_code,
+  texture_code,
+  position_code,
+  fullscreen_code,
+  own_colors_code,
+  stamp_code,
+  stamp_color_code,
+  stamp_position_code,
   help_code,
   version_code
 };
@@ -34,6 +43,13 @@ constexpr option long_options[] = {
     {"seconds", required_argument, nullptr, seconds_code},
     {"microphone", required_argument, nullptr, microphone_code},
     {"unpaced", no_argument, nullptr, unpaced_code},
+    {"texture", required_argument, nullptr, texture_code},
+    {"position", required_argument, nullptr, position_code},
+    {"fullscreen", no_argument, nullptr, fullscreen_code},
+    {"own-colors", no_argument, nullptr, own_colors_code},
+    {"stamp", required_argument, nullptr, stamp_code},
+    {"stamp-color", required_argument, nullptr, stamp_color_code},
+    {"stamp-position", required_argument, nullptr, stamp_position_code},
     {"help", no_argument, nullptr, help_code},
     {"version", no_argument, nullptr, version_code},
     {nullptr, 0, nullptr, 0},
@@ -78,6 +94,23 @@ bool apply(int code, const char* value, Options* options) {
     case unpaced_code:
       options->unpaced = true;
       return true;
+    case texture_code:
+      options->texture = value;
+      return !options->texture.empty();
+    case position_code:
+      return parse_number(value, 0, 6, &options->position);
+    case fullscreen_code:
+      options->fill_frame = true;
+      return true;
+    case own_colors_code:
+      options->own_colors = true;
+      return true;
+    case stamp_code:
+      return parse_number(value, 1, stamp_format_count - 1, &options->stamp);
+    case stamp_color_code:
+      return parse_number(value, 0, stamp_color_count - 1, &options->stamp_color);
+    case stamp_position_code:
+      return parse_number(value, 0, 4, &options->stamp_position);
     case help_code:
       options->action = Options::Action::help;
       return true;
@@ -133,6 +166,16 @@ Records a camera with a live effect into a new MP4 file.
                       colour: 8 yellow, 9 blue, 10 green, 11 red
   --color U,V         colour of filter 0, 0 to 255 each (128,128)
   --tolerance T       of filters 8 to 11, 0 to 0.99 (0.5)
+  --texture T         lay a texture over the picture: Vintage, "Smoke Dark", "Scope 2", Scope,
+                      "Orange Dust", "Frost Window", Frame, "Fog White", "Fog Orange",
+                      "Fog GreyYellow", "Fog Grey", Brick, or a PNG file with alpha
+  --position P        of a file: 0-2 top, 3 middle, 4-6 bottom, from left to right (0)
+  --fullscreen        stretch a file to the whole picture
+  --own-colors        the overlay keeps its colours under a filter
+  --stamp FORMAT      date and time: 1 mm-dd-yyyy, 2 dd-mm-yyyy, 3 mm/dd/yyyy, 4 dd/mm/yyyy,
+                      each with the time; 5 to 8 the same without it
+  --stamp-color N     0 black, 1 blue, 2 orange, 3 red, 4 yellow, 5 white (5)
+  --stamp-position N  0 top left, 1 top right, 2 middle, 3 bottom left, 4 bottom right (4)
   --seconds S         length of the recording; without it, until Ctrl-C
   --microphone KIND   default, none or tone (as the device profile says)
   --unpaced           run a clip once, as fast as it can be recorded, dropping nothing

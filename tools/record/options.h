@@ -19,6 +19,13 @@ struct Options {
   double seconds = 0;      ///< 0: until it is stopped, or the clip ends
   std::string microphone;  ///< default, none or tone; empty: as the device profile says
   bool unpaced = false;
+  std::string texture;      ///< name of a built-in texture, or a picture file; empty: none
+  int position = 0;         ///< of a picture, 0..6
+  bool fill_frame = false;  ///< stretch a picture to the frame; a built-in texture always is
+  bool own_colors = false;  ///< the overlay keeps its colours
+  int stamp = 0;            ///< format, 1..8; 0: none
+  int stamp_color = 5;      ///< 0..5
+  int stamp_position = 4;   ///< 0..4
   std::string output;
 };
 

@@ -19,6 +19,7 @@
 #include "engine/filter_thread.h"
 #include "platform/camera/camera.h"
 #include "platform/camera/camera_config.h"
+#include "tools/record/overlays.h"
 
 namespace record {
 namespace {
@@ -31,6 +32,11 @@ sigset_t stop_signals() {
   sigaddset(&set, SIGINT);
   sigaddset(&set, SIGTERM);
   return set;
+}
+
+int complain(const std::string& line) {
+  std::fprintf(stderr, "morvane-record: %s\n", line.c_str());
+  return 1;
 }
 
 int complain(const char* what, const std::string& detail, int error) {
@@ -93,7 +99,7 @@ void choose_effect(const Options& options) {
   changeFilterColor(options.tolerance);
 }
 
-int start_camera(const Options& options, Camera* camera, News* news) {
+int start_camera(const Options& options, Camera* camera, News* news, Stamp* stamp) {
   handset::CameraServiceConfig config = handset::config_from_device_profile();
   config.rear = options.source;
   config.unpaced = options.unpaced;
@@ -119,6 +125,9 @@ int start_camera(const Options& options, Camera* camera, News* news) {
   _screen_wid = width;
   _screen_hi = height;
   choose_effect(options);
+  const std::string complaint = load_overlay(options);
+  if (!complaint.empty()) return complain(complaint);
+  if (!stamp->refresh()) return complain("cannot draw the stamp");
   error = start_filter_thread(handle);
   return error != 0 ? complain("cannot start the filter thread", "", error) : 0;
 }
@@ -133,7 +142,7 @@ void show_progress(camera_handle_t handle) {
 }
 
 /// Waits for the recording's end: its length, a signal, or news.
-void wait_for_end(const Options& options, camera_handle_t handle, const News& news) {
+void wait_for_end(const Options& options, camera_handle_t handle, const News& news, Stamp* stamp) {
   const sigset_t signals = stop_signals();
   const int signal_fd = signalfd(-1, &signals, SFD_CLOEXEC);
   const bool terminal = isatty(STDOUT_FILENO) != 0;
@@ -141,6 +150,7 @@ void wait_for_end(const Options& options, camera_handle_t handle, const News& ne
   for (;;) {
     const bool woken = poll(watched, 2, turn_ms) > 0;
     if (terminal) show_progress(handle);
+    stamp->refresh();
     if (woken && watched[0].revents != 0) break;
     if (news.revoked || news.finished || news.failed != 0) break;
     handset::CameraStatistics statistics{};
@@ -151,10 +161,10 @@ void wait_for_end(const Options& options, camera_handle_t handle, const News& ne
   close(signal_fd);
 }
 
-int record_into(const Options& options, camera_handle_t handle, News* news) {
+int record_into(const Options& options, camera_handle_t handle, News* news, Stamp* stamp) {
   int error = camera_start_video(handle, options.output.c_str(), nullptr, on_status, news);
   if (error != 0) return complain("cannot record into", options.output, error);
-  wait_for_end(options, handle, *news);
+  wait_for_end(options, handle, *news, stamp);
   error = camera_stop_video(handle);
   if (news->failed != 0) return complain("the recording ended early", "", news->failed);
 
@@ -176,7 +186,9 @@ void block_signals() {
   signal(SIGXFSZ, SIG_IGN);
 }
 
-int run_session(const Options& options) {
+int run_session(Options options) {
+  const std::string complaint = prepare_paths(&options);
+  if (!complaint.empty()) return complain(complaint);
   // Made first and exclusively: an existing film is never touched, a path that cannot be written costs no camera.
   const int fd = open(options.output.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (fd < 0) return complain("cannot create", options.output, errno);
@@ -187,9 +199,10 @@ int run_session(const Options& options) {
   bool filmed = false;
   {
     Camera camera;
-    status = start_camera(options, &camera, &news);
+    Stamp stamp(options);
+    status = start_camera(options, &camera, &news, &stamp);
     if (status == 0) {
-      status = record_into(options, camera.handle, &news);
+      status = record_into(options, camera.handle, &news, &stamp);
       handset::CameraStatistics statistics{};
       handset::camera_get_statistics(camera.handle, &statistics);
       filmed = statistics.recorded > 0;
