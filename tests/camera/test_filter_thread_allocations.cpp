@@ -1,0 +1,51 @@
+// The filter thread on a real camera with a real recording: editing, handing over to screen and encoder, and
+// letting go of older frames must cost it no allocation.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "engine/color_filter.h"
+#include "engine/filter_thread.h"
+#include "platform/camera/camera_config.h"
+#include "tests/support/allocation_counter.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+constexpr int warm_up = 30;  ///< frames until pools and queues have their size
+std::atomic<int> frames = 0;
+
+/// Runs on the filter thread, for every frame that it has returned.
+void on_frame(camera_handle_t, camera_buffer_t*, void*) {
+  allocation_counter::counting = ++frames > warm_up;
+}
+
+TEST(Allocations, ARecordedFrameCostsTheFilterThreadNone) {
+  handset::CameraServiceConfig config;
+  config.rear = "scene";
+  config.microphone = "none";
+  handset::configure_camera_service(config);
+  camera_handle_t handle = CAMERA_HANDLE_INVALID;
+  ASSERT_EQ(camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &handle), 0);
+  ASSERT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, 640, CAMERA_IMGPROP_HEIGHT, 480,
+                                   CAMERA_IMGPROP_FRAMERATE, 60, CAMERA_IMGPROP_END),
+            0);
+  ASSERT_EQ(camera_start_video_viewfinder(handle, on_frame, nullptr, nullptr), 0);
+  _cur_camera_filter = 11;
+  filter_init(0.5, filter_match_red);
+  ASSERT_EQ(start_filter_thread(handle), 0);
+  const TempDir dir;
+  const std::string path = dir.file("film.mp4");
+  write_file(path, "");
+  ASSERT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), 0);
+  for (int i = 0; i < 1000 && frames < warm_up + 120; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_GE(frames, warm_up + 120);
+  EXPECT_EQ(allocation_counter::allocations, 0);
+  EXPECT_EQ(camera_stop_video(handle), 0);
+  kill_thread();
+  camera_close(handle);
+}
+
+}  // namespace
