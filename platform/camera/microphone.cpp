@@ -41,7 +41,7 @@ Microphone::~Microphone() {
   taken_back(this);
 }
 
-std::unique_ptr<Microphone> Microphone::start(const std::string& kind, Deliver deliver) {
+std::unique_ptr<Microphone> Microphone::start(const std::string& kind, const Deliver& deliver) {
   for (const std::string& source : candidates(kind)) {
     if (auto microphone = try_start(source, deliver)) return microphone;
   }
