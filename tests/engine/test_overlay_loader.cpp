@@ -149,18 +149,30 @@ TEST_F(OverlayLoader, FitsAndPlaces) {
 }
 
 TEST_F(OverlayLoader, ScalesToTheNearestPixels) {
-  // Opaque pictures go through the library's own scaling unchanged, which samples the middles of pixels too,
-  // though in 16-bit fixed point: where a middle falls between two pixels the two may choose differently.
-  QImage image(97, 41, QImage::Format_ARGB32);
-  for (int i = 0; i < 97 * 41; ++i) image.setPixel(i % 97, i / 97, 0xff000000 | static_cast<QRgb>(i * 4099));
-  for (const auto& [width, height] :
-       {std::pair{97, 41}, {194, 82}, {48, 20}, {320, 41}, {13, 300}, {1, 1}, {291, 123}}) {
-    EXPECT_EQ(scaled_to(image, width, height), image.scaled(width, height)) << width << 'x' << height;
+  const struct {
+    int from, to;
+    std::vector<int> taken;  // the source pixel under each target pixel's middle
+  } cases[] = {{4, 4, {0, 1, 2, 3}}, {4, 2, {1, 3}},          {4, 8, {0, 0, 1, 1, 2, 2, 3, 3}},
+               {5, 3, {0, 2, 4}},    {3, 5, {0, 0, 1, 2, 2}}, {7, 1, {3}},
+               {1, 3, {0, 0, 0}}};
+  const auto pixel = [](int x, int y) { return static_cast<QRgb>(x << 28 | y << 20 | x << 8 | y); };
+  for (const auto& across : cases) {
+    for (const auto& down : cases) {
+      QImage image(across.from, down.from, QImage::Format_ARGB32);
+      for (int i = 0; i < across.from * down.from; ++i)
+        image.setPixel(i % across.from, i / across.from, pixel(i % across.from, i / across.from));
+      const QImage scaled = scaled_to(image, across.to, down.to);
+      ASSERT_EQ(scaled.size(), QSize(across.to, down.to));
+      for (int i = 0; i < across.to * down.to; ++i) {
+        const int x = i % across.to, y = i / across.to;
+        ASSERT_EQ(scaled.pixel(x, y), pixel(across.taken[x], down.taken[y])) << across.to << 'x' << down.to;
+      }
+    }
   }
-  for (const int width : {1, 2, 48, 97, 160, 194, 291, 320}) {
-    EXPECT_EQ(scaled_to_width(image, width, 8192), image.scaledToWidth(width)) << width;
-  }
-  EXPECT_EQ(scaled_to_width(image, 194, 30), image.scaledToWidth(194).copy(0, 0, 194, 30));
+  EXPECT_EQ(scaled_to_width(striped(97, 41), 194, 30), scaled_to(striped(97, 41), 194, 82).copy(0, 0, 194, 30));
+  EXPECT_EQ(scaled_to_width(striped(97, 41), 48, 99).height(), 20) << "20.3, rounded";
+  EXPECT_EQ(scaled_to_width(striped(97, 41), 40, 99).height(), 17) << "16.9, rounded";
+  EXPECT_TRUE(scaled_to_width(striped(97, 1), 40, 99).isNull()) << "0.4 rows";
 }
 
 TEST_F(OverlayLoader, PlacesByCode) {
