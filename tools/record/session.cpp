@@ -11,10 +11,10 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "camera/resolution.h"
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
 #include "platform/camera/camera.h"
@@ -74,22 +74,16 @@ struct Camera {
   }
 };
 
-/// The size to record in: the asked one, a clip's own, else the listed one nearest to 720p.
+/// The size to record in: the asked one, a clip's own, else the preferred one.
 camera_res_t choose_size(const Options& options, camera_handle_t handle) {
   if (options.width != 0) return {options.width, options.height};
   unsigned count = 0;
   camera_get_video_vf_resolutions(handle, 0, &count, nullptr);
   std::vector<camera_res_t> sizes(count);
   camera_get_video_vf_resolutions(handle, count, &count, sizes.data());
+  if (sizes.empty()) return {};  // which the camera refuses
   if (options.source.starts_with("clip:")) return sizes.front();
-  const auto distance = [](const camera_res_t& size) {
-    return std::abs(static_cast<int>(size.width) - 1280) + std::abs(static_cast<int>(size.height) - 720);
-  };
-  camera_res_t best = sizes.front();
-  for (const camera_res_t& size : sizes) {
-    if (distance(size) < distance(best)) best = size;
-  }
-  return best;
+  return sizes[preferred_resolution(sizes)];
 }
 
 void choose_effect(const Options& options) {
