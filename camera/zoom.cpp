@@ -24,7 +24,7 @@ zoom_state_s pinch_start(zoom_state_s state) {
 zoom_update_s pinch_update(zoom_state_s state, float ratio, const zoom_limits_s& limits) {
   if (!state.mPinching || !std::isfinite(ratio)) return {state, std::nullopt};
   if (state.mPinchStartRatio == no_ratio) state.mPinchStartRatio = ratio;
-  // The subtraction in single precision: in double, 1.2 - 1.0 falls short of two tenths, and a step would be lost.
+  // Ratios are single precision: as doubles, 1.2 - 1.0 falls short of two tenths, and a step would be lost.
   const float widened = ratio - state.mPinchStartRatio;
   const double steps = std::clamp(static_cast<double>(widened) * steps_per_ratio, -max_steps, max_steps);
   const int step = static_cast<int>(steps) * levels_per_step;

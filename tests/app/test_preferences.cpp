@@ -206,17 +206,20 @@ TEST_F(Preferences, AFullDiskKeepsTheOldRecord) {
   write_file(path, full_image());
   rlimit limit{};
   getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit small{.rlim_cur = 5000, .rlim_max = limit.rlim_max};
   const auto old_handler = signal(SIGXFSZ, SIG_IGN);
-  const std::string line = errors_of([&] {
-    setrlimit(RLIMIT_FSIZE, &small);
-    save_settings(path.c_str(), as_record(default_image()));
-    setrlimit(RLIMIT_FSIZE, &limit);
-  });
+  // Full early, and full when all but the record's end has been written.
+  for (const rlim_t room : {rlim_t{5000}, rlim_t{file_size - 1}}) {
+    const rlimit small{.rlim_cur = room, .rlim_max = limit.rlim_max};
+    const std::string line = errors_of([&] {
+      setrlimit(RLIMIT_FSIZE, &small);
+      save_settings(path.c_str(), as_record(default_image()));
+      setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    EXPECT_EQ(line, "error saving prefs: : File too large\n");
+    EXPECT_EQ(read_file(path), full_image());
+    EXPECT_EQ(files(), 1U);
+  }
   signal(SIGXFSZ, old_handler);
-  EXPECT_EQ(line, "error saving prefs: : File too large\n");
-  EXPECT_EQ(read_file(path), full_image());
-  EXPECT_EQ(files(), 1U);
 }
 
 TEST_F(Preferences, AKilledSaveLeavesOneOfBothRecordsWhole) {
