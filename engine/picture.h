@@ -7,8 +7,8 @@
 /// Pictures of more pixels are not decoded: 128 MiB at 32 bits, also the image library's own limit.
 inline constexpr qint64 picture_max_pixels = qint64{32} << 20;
 
-/// Decodes a picture whatever its type. Never waits for a FIFO or device, and takes no more memory than
-/// picture_max_pixels say, whatever the file's header claims.
+/// Decodes a PNG, JPEG, BMP or GIF file. Never waits for a FIFO or device, opens no other file, and takes no more
+/// memory than the file's own size and picture_max_pixels say, whatever is packed into it.
 /// @return a null image for what cannot be read, is no regular file, is too large or does not decode whole
 QImage read_picture(const char* path);
 

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <vector>
 
 #include "platform/camera/camera_config.h"
 #include "platform/camera/recorder.h"
@@ -28,8 +29,8 @@ struct Service {
   /// Guards everything here; held for look-ups, never while a camera is opened or closed.
   std::mutex mutex;
   std::map<camera_handle_t, std::shared_ptr<CameraUnit>> open;
-  std::map<camera_handle_t, std::shared_ptr<FrameExchange>> orphans;  ///< closed, with a pair still out
-  std::set<camera_unit_t> reserved;                                   ///< open, opening or closing
+  std::multimap<camera_handle_t, std::shared_ptr<FrameExchange>> orphans;  ///< stopped, with an editor still at work
+  std::set<camera_unit_t> reserved;                                        ///< open, opening or closing
   camera_handle_t next_handle = 0;
   std::unique_ptr<handset::CameraServiceConfig> config;
 };
@@ -61,20 +62,44 @@ int with_unit(camera_handle_t handle, std::uint32_t needed, Operation operation)
   return result(operation(*unit));
 }
 
-/// Runs `operation` on the frame exchange of a camera whose viewfinder runs, or of one that was closed
-/// while its editor was still at work.
+/// Lets go of an orphan that nobody has a pair of any more.
+void forget_if_unused(const std::shared_ptr<FrameExchange>& exchange) {
+  if (!exchange->wait_unused(std::chrono::milliseconds(0))) return;
+  Service& s = service();
+  const std::lock_guard lock(s.mutex);
+  std::erase_if(s.orphans, [&](const auto& orphan) { return orphan.second == exchange; });
+}
+
+/// Runs `operation` on the frame exchange of a camera whose viewfinder runs; where that does not know what it is
+/// about, on those that were stopped while their editor was still at work.
 template <typename Operation>
 int with_exchange(camera_handle_t handle, Operation operation) {
-  std::shared_ptr<FrameExchange> exchange;
+  int error = EBADF;
   if (const auto unit = find(handle)) {
-    exchange = unit->exchange();
-  } else {
+    const std::shared_ptr<FrameExchange> exchange = unit->exchange();
+    error = exchange ? operation(*exchange) : EBADF;
+    if (error != EBADF && error != EINVAL) return result(error);
+  }
+  std::vector<std::shared_ptr<FrameExchange>> orphans;
+  {
     Service& s = service();
     const std::lock_guard lock(s.mutex);
-    const auto orphan = s.orphans.find(handle);
-    if (orphan != s.orphans.end()) exchange = orphan->second;
+    for (auto [orphan, end] = s.orphans.equal_range(handle); orphan != end; ++orphan) orphans.push_back(orphan->second);
   }
-  return result(exchange ? operation(*exchange) : EBADF);
+  for (const std::shared_ptr<FrameExchange>& orphan : orphans) {
+    error = operation(*orphan);
+    if (error != 0) continue;
+    forget_if_unused(orphan);
+    break;
+  }
+  return result(error);
+}
+
+/// Stops a unit's viewfinder. `exchange` is the one it had, already among the orphans.
+int stop_streams(CameraUnit& unit, const std::shared_ptr<FrameExchange>& exchange) {
+  const int error = unit.stop_viewfinder();
+  if (exchange) forget_if_unused(exchange);
+  return error;
 }
 
 /// Fills a caller's array in the two-call manner: room 0 asks for the number.
@@ -164,23 +189,19 @@ int camera_open(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle)
 
 int camera_close(camera_handle_t handle) {
   std::shared_ptr<CameraUnit> unit;
+  std::shared_ptr<FrameExchange> exchange;
   {
     Service& s = service();
     const std::lock_guard lock(s.mutex);
     const auto found = s.open.find(handle);
     if (found == s.open.end()) return result(EBADF);
     unit = found->second;
+    // The editor may still be at work, and returns its pair while the camera closes or after.
+    exchange = unit->exchange();
+    if (exchange) s.orphans.emplace(handle, exchange);
     s.open.erase(found);
-    // The editor may still return its pair while the camera closes.
-    if (const auto exchange = unit->exchange()) s.orphans.emplace(handle, exchange);
   }
-  const std::shared_ptr<FrameExchange> exchange = unit->exchange();
-  unit->stop_viewfinder();
-  if (exchange && exchange->wait_unused(std::chrono::milliseconds(0))) {
-    Service& s = service();
-    const std::lock_guard lock(s.mutex);
-    s.orphans.erase(handle);
-  }
+  stop_streams(*unit, exchange);
   release(unit->unit());
   return 0;
 }
@@ -254,7 +275,15 @@ int camera_start_video_viewfinder(camera_handle_t handle, camera_viewfinder_call
 }
 
 int camera_stop_viewfinder(camera_handle_t handle) {
-  return with_unit(handle, 0, [](CameraUnit& unit) { return unit.stop_viewfinder(); });
+  return with_unit(handle, 0, [handle](CameraUnit& unit) {
+    const std::shared_ptr<FrameExchange> exchange = unit.exchange();
+    if (exchange) {
+      Service& s = service();
+      const std::lock_guard lock(s.mutex);
+      s.orphans.emplace(handle, exchange);
+    }
+    return stop_streams(unit, exchange);
+  });
 }
 
 int camera_enable_viewfinder_event(camera_handle_t handle, camera_eventmode_t mode, camera_eventkey_t* key,

@@ -220,5 +220,5 @@ int camera_roll_close_video(int fd);
 int camera_start_video(camera_handle_t handle, const char* filename, camera_viewfinder_callback_t video_callback,
                        camera_status_callback_t status_callback, void* arg);
 /// Ends the recording and completes its file; returns when the file is complete.
-/// EINVAL when none was started; 0 also for a recording that has ended by itself meanwhile.
+/// EINVAL when none was started; the errno value that ended it for one that has ended by itself meanwhile.
 int camera_stop_video(camera_handle_t handle);

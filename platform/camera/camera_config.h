@@ -44,10 +44,10 @@ inline constexpr std::chrono::milliseconds finalise{15000};    ///< completing a
 }  // namespace camera_timeouts
 
 struct CameraStatistics {
-  std::uint64_t arrived;       ///< frames that the source delivered
-  std::uint64_t replaced;      ///< frames that a newer one replaced before they were fetched
-  std::uint64_t edited;        ///< pairs fetched and returned
-  std::uint64_t recorded;      ///< frames handed to the encoder by the current or last recording
+  std::uint64_t arrived;   ///< frames that the source delivered
+  std::uint64_t replaced;  ///< frames that a newer one replaced before they were fetched, or that the source skipped
+  std::uint64_t edited;    ///< pairs fetched and returned
+  std::uint64_t recorded;  ///< frames handed to the encoder by the current or last recording
   std::uint64_t not_recorded;  ///< frames that it dropped because the encoder was behind
   std::int64_t recorded_ns;    ///< length of that recording so far
 };

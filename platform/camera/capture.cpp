@@ -82,6 +82,8 @@ bool Capture::build(std::string* error) {
   callbacks.new_sample = [](GstAppSink* sink, gpointer self) { return on_new_sample(GST_ELEMENT(sink), self); };
   gst_app_sink_set_callbacks(GST_APP_SINK(sink_.get()), &callbacks, this, nullptr);
 
+  const auto end = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(sink_.get(), "sink"));
+  gst_pad_add_probe(end.get(), GST_PAD_PROBE_TYPE_BUFFER, on_buffer, this, nullptr);
   const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(crop_.get(), "sink"));
   gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_input_event, this, nullptr);
   return true;
@@ -97,8 +99,9 @@ bool Capture::begin(std::string* error) {
   bool started = true;
   if (looping) {
     started = gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE &&
-              gst_element_get_state(pipeline_.get(), nullptr, nullptr, 5 * GST_SECOND) == GST_STATE_CHANGE_SUCCESS &&
-              seek_to_start(true);
+              gst_element_get_state(pipeline_.get(), nullptr, nullptr, 5 * GST_SECOND) == GST_STATE_CHANGE_SUCCESS;
+    // A file that cannot be wound back plays once.
+    if (started) seek_to_start(true);
   }
   started = started && gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
   if (started) return true;
@@ -222,6 +225,30 @@ void Capture::relabel_range(GstPadProbeInfo* info, const GstVideoInfo& input) {
   replace_caps_event(info, relabelled);
 }
 
+/// A sink holds on to the buffer that it shows, and a buffer with two owners may not be edited. So the sink gets
+/// a stand-in with the frame's times, to wait for and to preroll with, and the frame stays ours alone.
+GstPadProbeReturn Capture::on_buffer(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  auto* self = static_cast<Capture*>(data);
+  const CalledBack scope(self);
+  GstBuffer* frame = gst_pad_probe_info_get_buffer(info);
+  GstBuffer* stand_in = gst_buffer_new();
+  const auto what = static_cast<GstBufferCopyFlags>(GST_BUFFER_COPY_FLAGS | GST_BUFFER_COPY_TIMESTAMPS);
+  gst_buffer_copy_into(stand_in, frame, what, 0, static_cast<gsize>(-1));
+  self->arriving_ = BufferPtr::adopt(frame);
+  GST_PAD_PROBE_INFO_DATA(info) = stand_in;
+  return GST_PAD_PROBE_OK;
+}
+
+/// Cameras and the built-in scene number their frames.
+void Capture::count_missed(GstBuffer* frame) {
+  if (setup_.source->kind != Source::Kind::scene && setup_.source->kind != Source::Kind::device) return;
+  const guint64 offset = GST_BUFFER_OFFSET(frame);
+  if (last_offset_ != GST_BUFFER_OFFSET_NONE && offset != GST_BUFFER_OFFSET_NONE && offset > last_offset_ + 1) {
+    missed_ += offset - last_offset_ - 1;
+  }
+  last_offset_ = offset;
+}
+
 GstFlowReturn Capture::on_new_sample(GstElement*, gpointer self) {
   return static_cast<Capture*>(self)->take_sample();
 }
@@ -240,7 +267,9 @@ GstFlowReturn Capture::take_sample() {
       info_ = std::move(info);
       caps_ = CapsPtr::share(caps);
     }
-    frame = {BufferPtr::share(gst_sample_get_buffer(sample.get())), info_, 0};
+    frame = {std::move(arriving_), info_, 0};
+    if (!frame) return GST_FLOW_OK;
+    count_missed(frame.buffer.get());
     frame.timestamp = time_of(sample.get());
   }
   frame = make_exclusive(std::move(frame));
@@ -279,9 +308,10 @@ std::int64_t Capture::time_of(GstSample* sample) {
 
 /// The engine edits the pixels, so a picture that somebody else still reads (a decoder's reference,
 /// the sink's preroll) must be copied first. Frames that the conversion made never are.
-Frame Capture::make_exclusive(Frame frame) const {
+Frame Capture::make_exclusive(Frame frame) {
   GstBuffer* buffer = frame.buffer.get();
   if (gst_buffer_is_writable(buffer) && gst_buffer_is_all_memory_writable(buffer)) return frame;
+  ++copied_;
   frame.buffer = BufferPtr::adopt(gst_buffer_copy_deep(buffer));
   return frame;
 }

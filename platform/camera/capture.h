@@ -55,6 +55,11 @@ class Capture {
   /// Frame rate as negotiated; 0/1 while unknown or variable.
   void frame_rate(int* numerator, int* denominator) const;
 
+  /// Frames that a live source itself skipped: its frame numbers have gaps.
+  std::uint64_t missed() const { return missed_; }
+  /// Frames that had to be copied because somebody upstream still read them.
+  std::uint64_t copied() const { return copied_; }
+
   /// Stops the streaming thread. deliver() must not be blocked any more.
   void stop();
 
@@ -65,8 +70,10 @@ class Capture {
   bool begin(std::string* error);
   void update_crop();
   GstFlowReturn take_sample();
+  static GstPadProbeReturn on_buffer(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   std::int64_t time_of(GstSample* sample);
-  Frame make_exclusive(Frame frame) const;
+  void count_missed(GstBuffer* frame);
+  Frame make_exclusive(Frame frame);
   void relabel_range(GstPadProbeInfo* info, const GstVideoInfo& input);
   bool seek_to_start(bool flush);
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
@@ -95,7 +102,12 @@ class Capture {
 
   std::shared_ptr<const GstVideoInfo> info_;  ///< written by the streaming thread
 
+  std::atomic<std::uint64_t> missed_{0};
+  std::atomic<std::uint64_t> copied_{0};
+
   // Streaming thread.
+  BufferPtr arriving_;  ///< the frame behind the stand-in that is in the sink
+  guint64 last_offset_ = GST_BUFFER_OFFSET_NONE;
   GstClockTime last_running_ = GST_CLOCK_TIME_NONE;  ///< of the newest picture
   GstClockTime last_duration_ = GST_CLOCK_TIME_NONE;
   bool limited_range_ = false;  ///< the converter leaves frames in the input's limited range

@@ -198,7 +198,7 @@ std::string check_stream(const std::vector<SamplePtr>& units, const GstVideoInfo
 }  // namespace
 
 const std::vector<VideoEncoder>& video_encoder_candidates() {
-  static const std::vector<VideoEncoder> candidates = {
+  static const auto& candidates = *new std::vector<VideoEncoder>{
       {"vah264enc", "NV12", "rate-control=vbr key-int-max=30 b-frames=0", false},
       {"nvh264enc", "NV12", "gop-size=30 bframes=0 zerolatency=true", false},
       {"v4l2h264enc", "NV12", "", false},
@@ -231,9 +231,10 @@ std::string prove_video_encoder(const VideoEncoder& encoder, camera_res_t size, 
 }
 
 const VideoEncoder* proven_video_encoder(camera_res_t size, int frame_rate) {
-  // Guards the proofs, and is held while one runs: a second asker waits for the first's answer.
-  static std::mutex mutex;
-  static std::map<std::pair<std::uint64_t, int>, const VideoEncoder*> proofs;
+  // Never destroyed, like the candidates: a proof may still run on its own thread while the process ends.
+  // The lock guards the proofs, and is held while one runs: a second asker waits for the first's answer.
+  static auto& mutex = *new std::mutex;
+  static auto& proofs = *new std::map<std::pair<std::uint64_t, int>, const VideoEncoder*>;
   const std::lock_guard lock(mutex);
   const auto key = std::make_pair(static_cast<std::uint64_t>(size.width) << 32 | size.height, frame_rate);
   const auto known = proofs.find(key);

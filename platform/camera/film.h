@@ -43,7 +43,7 @@ class Film {
   /// Feeds sound (audio_caps) that starts at a sample counted from Setup::start.
   void push_audio(BufferPtr block, std::uint64_t first_sample);
 
-  /// 0, or the errno value that ended the film (ENOSPC, EFBIG, EIO …).
+  /// 0, or the errno value that ended the film (ENOSPC, else EIO).
   int check();
   /// Text for error().
   const std::string& failure() const { return failure_; }

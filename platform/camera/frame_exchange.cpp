@@ -1,5 +1,6 @@
 #include "platform/camera/frame_exchange.h"
 
+#include <atomic>
 #include <cerrno>
 
 namespace handset {
@@ -24,6 +25,13 @@ camera_buffer_t describe_frame(const GstVideoFrame& mapped, std::int64_t timesta
       .role = 0,
   };
 }
+
+namespace {
+
+/// Over all exchanges, so that a descriptor of an earlier one never fits a later one's pair.
+std::atomic<std::uint64_t> next_pair = 1;
+
+}  // namespace
 
 FrameExchange::FrameExchange(Pace pace, Publish publish) : pace_(pace), publish_(std::move(publish)) {}
 
@@ -64,7 +72,7 @@ void FrameExchange::announce(std::unique_lock<std::mutex>& lock, Frame frame) {
   current_ = std::move(frame);
   state_ = State::announced;
   roles_back_ = 0;
-  ++pair_;
+  pair_ = next_pair++;
   const pulse_event_t event = event_;
   lock.unlock();
   // A receiver that is gone disarms its key or closes the camera; until then frames only replace each other.

@@ -25,7 +25,7 @@ class Microphone {
   /// Starts one. `kind` is default, none or tone.
   /// @return null for none, or where there is no microphone
   static std::unique_ptr<Microphone> start(const std::string& kind, const Deliver& deliver);
-  /// Whether start() would find one; the answer for "default" is kept for a while. May take up to a second.
+  /// Whether start() would find one; takes as long as a sound server takes to answer or refuse.
   static bool available(const std::string& kind);
   ~Microphone();
 

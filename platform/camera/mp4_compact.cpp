@@ -175,6 +175,7 @@ int compact_mp4(const std::string& path) {
   const std::filesystem::path whole(path);
   const std::string fresh = (whole.parent_path() / ("." + whole.filename().string() + ".part")).string();
   int error = 0;
+  unlink(fresh.c_str());  // left by a process that was killed here
   {
     const File target{open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, status.st_mode & 0777)};
     if (target.fd < 0) return errno;

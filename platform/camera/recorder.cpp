@@ -91,7 +91,11 @@ void Recorder::run() {
 
 /// Waits a turn for a frame that the film is ready to take. @param stopping set when there will be none
 Frame Recorder::next_frame(bool* stopping) {
-  if (film_ && !film_->wait_ready(turn)) return {};
+  if (film_ && !film_->wait_ready(turn)) {
+    if (++turns_waited_ * turn > camera_timeouts::finalise) fail(ETIMEDOUT, "the encoder has stopped");
+    return {};
+  }
+  turns_waited_ = 0;
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, turn, [this] { return count_ > 0 || stopping_; });
   if (count_ == 0) {

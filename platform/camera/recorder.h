@@ -102,6 +102,7 @@ class Recorder {
   std::int64_t earlier_ = 0;      ///< length of the films before it
   std::uint64_t sound_next_ = 0;  ///< first sample of the current film that was not fed yet
   int films_ = 0;
+  int turns_waited_ = 0;  ///< for the encoder to take the next frame
   std::chrono::steady_clock::time_point next_look_{};
   std::vector<std::thread> finishing_;  ///< films that a roll left to be completed
 

@@ -245,7 +245,8 @@ ElementPtr make_source_element(const Source& source, camera_res_t size, int fram
     case Source::Kind::clip:
       return make_clip_element(source.argument, error);
     case Source::Kind::custom:
-      return parse_bin(source.argument, error);
+      // A description may end in caps, which need something behind them.
+      return parse_bin(source.argument + " ! identity silent=true", error);
     case Source::Kind::device:
       return make_device_element(source.camera, size, error);
     case Source::Kind::x11:

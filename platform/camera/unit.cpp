@@ -1,6 +1,7 @@
 #include "platform/camera/unit.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,6 +17,7 @@ constexpr int zoom_maximum = 120;
 constexpr std::chrono::milliseconds service_turn{100};
 constexpr std::chrono::milliseconds clip_drain{5000};
 constexpr std::chrono::milliseconds recording_start{4000};
+constexpr std::chrono::milliseconds microphone_patience{1500};
 
 /// What a scene mode does to the picture where the device has no such mode: a mild preset.
 struct Look {
@@ -40,6 +42,16 @@ Look look_of(camera_scenemode_t mode) {
 bool known_scene(camera_scenemode_t mode) {
   return mode == CAMERA_SCENE_AUTO || mode == CAMERA_SCENE_CLOSEUP || mode == CAMERA_SCENE_ACTION ||
          mode == CAMERA_SCENE_BEACH_SNOW || mode == CAMERA_SCENE_NIGHT;
+}
+
+/// @return 0 when a path is a regular file that can be written, else an errno value
+int check_writable(const char* path) {
+  const int fd = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return errno;
+  struct stat status {};
+  const bool regular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+  close(fd);
+  return regular ? 0 : EINVAL;
 }
 
 /// Writes one value into a stream's settings. @return 0, EINVAL or ENOTSUP
@@ -184,11 +196,16 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
                                                   if (const auto self = weak.lock()) self->publish(frame);
                                                 });
   }
-  stopping_ = false;
   lost_ = false;
   if (const int error = launch(size, frame_rate)) return error;
   apply_look();
-  service_thread_ = std::thread([self = shared_from_this()] { self->serve(); });
+  prepare(size, frame_rate);
+  auto stop = std::make_shared<std::atomic<bool>>(false);
+  {
+    const std::lock_guard lock(state_mutex_);
+    stop_ = stop;
+  }
+  service_thread_ = std::thread([self = shared_from_this(), stop] { self->serve(stop); });
   return 0;
 }
 
@@ -217,8 +234,6 @@ int CameraUnit::launch(camera_res_t size, int frame_rate) {
     exchange->shut();
     capture.reset();
   }
-  const bool may_sound = !unpaced_;
-  const std::string microphone = config_.microphone;
   const std::lock_guard lock(state_mutex_);
   capture_ = capture;
   if (error != 0) {
@@ -226,25 +241,55 @@ int CameraUnit::launch(camera_res_t size, int frame_rate) {
     slot_.reset();
     return error;
   }
-  // Proving an encoder and asking for a microphone take a while; the first recording should not wait for them.
-  prepared_ = std::async(std::launch::async, [size, frame_rate, may_sound, microphone] {
-                proven_video_encoder(size, frame_rate);
-                return may_sound && !audio_encoder_description().empty() && Microphone::available(microphone);
-              }).share();
   return 0;
+}
+
+/// Proves an encoder and looks for a microphone, which the first recording should not have to wait for. On a thread
+/// that nobody joins: a sound server that does not answer holds it up for half a minute.
+void CameraUnit::prepare(camera_res_t size, int frame_rate) {
+  const auto preparation = std::make_shared<Preparation>();
+  {
+    const std::lock_guard lock(state_mutex_);
+    preparation_ = preparation;
+  }
+  const std::string microphone = unpaced_ || audio_encoder_description().empty() ? "none" : config_.microphone;
+  std::thread([preparation, size, frame_rate, microphone] {
+    proven_video_encoder(size, frame_rate);
+    const bool sound = Microphone::available(microphone);
+    const std::lock_guard lock(preparation->mutex);
+    preparation->sound = sound;
+    preparation->done = true;
+    preparation->changed.notify_all();
+  }).detach();
+}
+
+/// The microphone to record, or "none" when there is none or it does not answer in time.
+std::string CameraUnit::microphone_for_recording() const {
+  std::shared_ptr<Preparation> preparation;
+  {
+    const std::lock_guard lock(state_mutex_);
+    preparation = preparation_;
+  }
+  std::unique_lock lock(preparation->mutex);
+  if (!preparation->changed.wait_for(lock, microphone_patience, [&] { return preparation->done; })) {
+    std::fputs("no sound: the microphone does not answer\n", stderr);
+  }
+  return preparation->sound ? config_.microphone : "none";
 }
 
 int CameraUnit::stop_viewfinder() {
   std::shared_ptr<Capture> capture;
   std::thread service;
+  StopFlag stop;
   {
     const std::lock_guard control(control_mutex_);
     const std::lock_guard lock(state_mutex_);
     capture = capture_;
     service.swap(service_thread_);
+    stop = stop_;
   }
   if (capture == nullptr) return EINVAL;
-  stopping_ = true;
+  if (stop) *stop = true;
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   if (exchange) exchange->shut();
   capture->wake();
@@ -260,6 +305,7 @@ int CameraUnit::stop_viewfinder() {
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);
 
   const std::lock_guard control(control_mutex_);
+  if (exchange != this->exchange()) return 0;  // another thread has stopped it, and started it again
   end_recording();
   const std::lock_guard lock(state_mutex_);
   recorder_.reset();
@@ -308,25 +354,37 @@ void CameraUnit::call_with_descriptor(const Client& client, const Frame& frame) 
 
 // --- service thread ---------------------------------------------------------------------------
 
-void CameraUnit::serve() {
+void CameraUnit::serve(const StopFlag& stop) {
   std::shared_ptr<Capture> capture;
   {
     const std::lock_guard lock(state_mutex_);
     capture = capture_;
   }
-  while (!stopping_) {
+  // A file may stand still for long, and says itself when it fails.
+  const bool may_stall = !unpaced_ && !source_.is_clip();
+  for (bool running = true; running && !*stop;) {
     const Capture::Event event = capture->poll(service_turn);
-    if (stopping_) return;
+    if (*stop) return;
     report_recording_error();
-    if (event == Capture::Event::ended && unpaced_) return finish_clip();
-    if (event == Capture::Event::ended) return revoke("the source has ended");
-    if (event == Capture::Event::failed) return revoke(capture->failure());
-    if (!unpaced_ && capture->silence() > camera_timeouts::stalled) return revoke("the source gives no more pictures");
+    running = false;
+    if (event == Capture::Event::ended && unpaced_) {
+      finish_clip(stop);
+    } else if (event == Capture::Event::ended) {
+      revoke("the source has ended", stop);
+    } else if (event == Capture::Event::failed) {
+      revoke(capture->failure(), stop);
+    } else if (may_stall && capture->silence() > camera_timeouts::stalled) {
+      revoke("the source gives no more pictures", stop);
+    } else {
+      running = true;
+    }
   }
+  // The film may have failed at its very end.
+  for (; !*stop && recording_error_ != 0; std::this_thread::sleep_for(service_turn)) report_recording_error();
 }
 
 /// The source is lost: no more frames, the client is told, the recording is completed.
-void CameraUnit::revoke(const std::string& why) {
+void CameraUnit::revoke(const std::string& why, const StopFlag& stop) {
   std::fprintf(stderr, "camera: %s\n", why.c_str());
   lost_ = true;
   std::shared_ptr<Capture> capture;
@@ -340,16 +398,16 @@ void CameraUnit::revoke(const std::string& why) {
   if (exchange) exchange->shut();
   if (capture) capture->stop();
   if (client.status != nullptr) client.status(handle_, CAMERA_STATUS_RESOURCES_REVOKED, 0, client.arg);
-  if (stopping_) return;  // whoever stops the viewfinder completes the film
+  if (*stop) return;  // whoever stops the viewfinder completes the film
   const std::lock_guard control(control_mutex_);
   end_recording();
 }
 
 /// An unpaced clip is through: when its last frame has been edited the film is complete.
-void CameraUnit::finish_clip() {
+void CameraUnit::finish_clip(const StopFlag& stop) {
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   if (!exchange || !exchange->wait_idle(clip_drain)) {
-    revoke("the last picture does not come back");
+    revoke("the last picture does not come back", stop);
     return;
   }
   Client client;
@@ -437,24 +495,20 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
   if (filename == nullptr) return EINVAL;
   const std::lock_guard control(control_mutex_);
   std::shared_ptr<Capture> capture;
-  std::shared_future<bool> prepared;
   {
     const std::lock_guard lock(state_mutex_);
     if (capture_ == nullptr) return EINVAL;
     if (lost_) return EIO;
     if (recorder_ != nullptr) return EALREADY;
     capture = capture_;
-    prepared = prepared_;
   }
-  const int fd = open(filename, O_WRONLY | O_CLOEXEC);
-  if (fd < 0) return errno;
-  close(fd);
+  if (const int error = check_writable(filename)) return error;
 
   Recorder::Setup setup{.path = filename,
                         .info = capture->picture(),
                         .rate_numerator = 0,
                         .rate_denominator = 1,
-                        .microphone = prepared.get() ? config_.microphone : "none",
+                        .microphone = microphone_for_recording(),
                         .wait_for_room = unpaced_};
   capture->frame_rate(&setup.rate_numerator, &setup.rate_denominator);
   if (setup.rate_numerator <= 0) {
@@ -510,24 +564,28 @@ void CameraUnit::end_recording() {
 
 int CameraUnit::stop_video() {
   const std::lock_guard control(control_mutex_);
-  if (this->recorder() == nullptr) return EINVAL;
+  const std::shared_ptr<Recorder> recorder = this->recorder();
+  if (recorder == nullptr) return EINVAL;
   end_recording();
+  recording_error_ = 0;  // the caller gets it
   const std::lock_guard lock(state_mutex_);
   finished_ = std::move(recorder_);
-  return 0;
+  return recorder->stop();
 }
 
 CameraStatistics CameraUnit::statistics() const {
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   std::shared_ptr<Recorder> recorder;
+  std::shared_ptr<Capture> capture;
   {
     const std::lock_guard lock(state_mutex_);
+    capture = capture_;
     recorder = recorder_ != nullptr ? recorder_ : finished_;
   }
   CameraStatistics statistics{};
   if (exchange) {
     statistics.arrived = exchange->arrived();
-    statistics.replaced = exchange->replaced();
+    statistics.replaced = exchange->replaced() + (capture ? capture->missed() : 0);
     statistics.edited = exchange->edited();
   }
   if (recorder) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdarg>
-#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -67,6 +67,15 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   CameraStatistics statistics() const;
 
  private:
+  /// Set when a run of the viewfinder is to end; each run has its own, since a callback may start the next one.
+  using StopFlag = std::shared_ptr<std::atomic<bool>>;
+  /// What is found out beside the running viewfinder, for the first recording.
+  struct Preparation {
+    std::mutex mutex;  ///< guards the rest
+    std::condition_variable changed;
+    bool done = false;
+    bool sound = false;  ///< there is a microphone that delivers
+  };
   struct Client {
     camera_viewfinder_callback_t frame = nullptr;
     camera_status_callback_t status = nullptr;
@@ -75,11 +84,13 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
 
   int check_start(camera_res_t* size) const;
   int launch(camera_res_t size, int frame_rate);
+  void prepare(camera_res_t size, int frame_rate);
+  std::string microphone_for_recording() const;
   void publish(const Frame& frame);
   void call_with_descriptor(const Client& client, const Frame& frame) const;
-  void serve();
-  void revoke(const std::string& why);
-  void finish_clip();
+  void serve(const StopFlag& stop);
+  void revoke(const std::string& why, const StopFlag& stop);
+  void finish_clip(const StopFlag& stop);
   void report_recording_error();
   void apply_look();
   std::shared_ptr<Recorder> recorder() const;
@@ -105,14 +116,14 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::shared_ptr<ViewfinderSlot> slot_;
   std::shared_ptr<Recorder> recorder_;
   std::shared_ptr<Recorder> finished_;  ///< the last recording, for its figures
-  std::shared_future<bool> prepared_;   ///< encoder proven; value: there is sound to record
+  std::shared_ptr<Preparation> preparation_;
+  StopFlag stop_;  ///< of the current run
   Client viewfinder_client_;
   Client video_client_;
   camera_scenemode_t scene_ = CAMERA_SCENE_AUTO;
   bool light_ = false;
   int zoom_ = 0;
 
-  std::atomic<bool> stopping_{false};
   std::atomic<bool> lost_{false};        ///< the source has failed since the viewfinder started
   std::atomic<int> recording_error_{0};  ///< why the recording ended by itself, until the client was told
   std::thread service_thread_;           ///< guarded by control_mutex_ but for the join

@@ -49,6 +49,7 @@ check_film() {
 
 pipewire >"$dir/pipewire.log" 2>&1 &
 jobs+=($!)
+for _ in $(seq 100); do [ -S "$XDG_RUNTIME_DIR/pipewire-0" ] && break || sleep 0.1; done
 wireplumber >"$dir/wireplumber.log" 2>&1 &
 jobs+=($!)
 start_camera

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <thread>
 
 #include "platform/camera/capture.h"
 #include "platform/camera/colorimetry.h"
@@ -54,7 +55,9 @@ Frame first_frame(const Source& source, camera_res_t size) {
   EXPECT_NE(capture, nullptr) << error;
   if (capture) {
     EXPECT_TRUE(capture->wait_first_frame(std::chrono::seconds(5)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
     capture->stop();
+    EXPECT_EQ(capture->copied(), 0U) << "frames that the engine could not have edited where they are";
   }
   return first;
 }

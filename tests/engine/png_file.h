@@ -25,6 +25,16 @@ inline std::uint32_t crc_of(const std::string& bytes) {
   return ~crc;
 }
 
+/// A chunk with its length and checksum.
+inline std::string png_chunk(const std::string& type, const std::string& content) {
+  const auto number = [](std::uint32_t value) {
+    std::string bytes(4, '\0');
+    qToBigEndian(value, bytes.data());
+    return bytes;
+  };
+  return number(static_cast<std::uint32_t>(content.size())) + type + content + number(crc_of(type + content));
+}
+
 /// The same file with a header that claims another size, and a matching checksum.
 inline std::string with_claimed_size(std::string png, std::uint32_t width, std::uint32_t height) {
   constexpr std::size_t type = 12, width_at = 16, height_at = 20, crc_at = 29;

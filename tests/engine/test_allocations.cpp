@@ -122,6 +122,27 @@ TEST(Allocations, PicturesAskForBoundedMemory) {
   }
 }
 
+TEST(Allocations, TextsInAPictureAreNotUnpacked) {
+  QImage image(8, 8, QImage::Format_ARGB32);
+  image.fill(Qt::red);
+  const std::string png = png_of(image);
+  // Compressed text of 4 MiB before the pixels, fifty times.
+  const QByteArray packed = qCompress(QByteArray(4 << 20, 'a')).mid(4);
+  const std::string text = png_chunk("zTXt", std::string("k\0\0", 3) + packed.toStdString());
+  std::string stuffed = png.substr(0, 33);
+  for (int i = 0; i < 50; ++i) stuffed += text;
+  stuffed += png.substr(33);
+  const TempDir folder;
+  const std::string path = folder.file("picture.png");
+  write_file(path, stuffed);
+  largest = 0;
+  counting = true;
+  const QImage read = read_picture(path.c_str());
+  counting = false;
+  EXPECT_EQ(read, image);
+  EXPECT_LT(largest, std::size_t{2} << 20);
+}
+
 TEST(Allocations, NarrowTallPicturesAreNotBlownUp) {
   reset_engine();
   _screen_wid = 4096;

@@ -222,6 +222,12 @@ TEST_F(OverlayLoader, RefusesWhatIsNoPicture) {
     expect_refused(folder_.file(name), -1, null_line);
   }
   expect_refused("", -1, null_line);
+  // A drawing that names a file which nobody will ever write.
+  write_file(folder_.file("drawing.svg"),
+             "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink' width='8' height='8'>"
+             "<image width='8' height='8' xlink:href='" +
+                 folder_.file("fifo.png") + "'/></svg>");
+  expect_refused(folder_.file("drawing.svg"), -1, null_line);
   expect_refused("/proc/self/mem", -1, null_line);  // a regular file that opens and cannot be read
   write_file(folder_.file("secret.png"), png_of(striped(8, 8)));
   ASSERT_EQ(chmod(folder_.file("secret.png").c_str(), 0), 0);

@@ -125,13 +125,13 @@ TEST_F(Record, StampTicksEverySecondAndTexturesComeFromThePackage) {
   const std::string path = out("stamped.mp4");
   const std::string home = out("home");
   std::filesystem::create_directory(home);
-  Process process(
-      command({"--source", "gst:videotestsrc is-live=true pattern=solid-color foreground-color=0xff808080", "--size", "640x480", "--texture", "brick",
-               "--stamp", "1", "--stamp-position", "2", "--seconds", "3.2", "--microphone", "none", path}),
-      [&] {
-        for (const char* name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) unsetenv(name);
-        setenv("HOME", home.c_str(), 1);
-      });
+  Process process(command({"--source", "gst:videotestsrc is-live=true pattern=solid-color foreground-color=0xff808080",
+                           "--size", "640x480", "--texture", "brick", "--stamp", "1", "--stamp-position", "2",
+                           "--seconds", "3.2", "--microphone", "none", path}),
+                  [&] {
+                    for (const char* name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) unsetenv(name);
+                    setenv("HOME", home.c_str(), 1);
+                  });
   ASSERT_EQ(process.wait(), 0) << process.errors();
   const film::Film film = film::play(path);
   ASSERT_GT(film.pictures.size(), 80U);
@@ -151,7 +151,7 @@ TEST_F(Record, StampTicksEverySecondAndTexturesComeFromThePackage) {
 }
 
 TEST_F(Record, SignalsCompleteTheFile) {
-  for (const int number : {SIGINT, SIGTERM}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
     const std::string path = out("signal" + std::to_string(number) + ".mp4");
     Process process(command({"--source", "scene", "--size", "320x240", "--microphone", "none", path}));
     ASSERT_TRUE(wait_for_data(path));
@@ -213,12 +213,23 @@ TEST_F(Record, FullDiskExitsWithOneAndAPlayableFilm) {
   EXPECT_GT(film.pictures.size(), 5U);
 }
 
+TEST_F(Record, FilmThatFailsAtItsVeryEndExitsWithOne) {
+  Process process(command({"--source", "clip:" + clip(), "--unpaced", out("end.mp4")}), [] {
+    // Less than the room for the index: whatever is written comes too late to be noticed before the clip is through.
+    const rlimit limit{3'000'000, 3'000'000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  });
+  EXPECT_EQ(process.wait(), 1);
+  EXPECT_NE(process.errors().find("recording ended: "), std::string::npos) << process.errors();
+}
+
 TEST_F(Record, EachImpossibilityExitsWithOneAndSaysSo) {
   write_file(out("existing.mp4"), "precious");
   write_file(out("noise.bin"), std::string(3000, 'n'));
   const struct {
     std::vector<std::string> words;
     const char* said;
+    int lines = 1;
   } cases[] = {
       {{"--source", "scene", "--seconds", "1", out("existing.mp4")}, "cannot create"},
       {{"--source", "scene", "--seconds", "1", out("no/such/folder.mp4")}, "cannot create"},
@@ -228,13 +239,14 @@ TEST_F(Record, EachImpossibilityExitsWithOneAndSaysSo) {
       {{"--source", "gst:nothing-like-that", out("x.mp4")}, "camera: no element"},
       {{"--source", "gst:videotestsrc ! video/x-raw", "--size", "15x15", out("x.mp4")}, "bad value"},
       {{"--source", "telescope", out("x.mp4")}, "unknown camera source"},
-      {{"--source", "scene", "--texture", out("noise.bin"), out("x.mp4")}, "logo is null\n"},
+      {{"--source", "scene", "--texture", out("noise.bin"), out("x.mp4")}, "logo is null\n", 2},
       {{"--frobnicate", out("x.mp4")}, "unknown option"},
   };
   for (const auto& c : cases) {
     Process process(command(c.words));
     EXPECT_EQ(process.wait(), 1) << c.said;
     EXPECT_NE(process.errors().find(c.said), std::string::npos) << process.errors();
+    EXPECT_EQ(std::count(process.errors().begin(), process.errors().end(), '\n'), c.lines) << process.errors();
     EXPECT_FALSE(std::filesystem::exists(out("x.mp4"))) << c.said;
   }
   EXPECT_EQ(read_file(out("existing.mp4")), "precious");

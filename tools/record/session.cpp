@@ -31,6 +31,7 @@ sigset_t stop_signals() {
   sigemptyset(&set);
   sigaddset(&set, SIGINT);
   sigaddset(&set, SIGTERM);
+  sigaddset(&set, SIGHUP);
   return set;
 }
 
@@ -102,7 +103,8 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
 
   if (const int error = camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle)) {
     camera->handle = CAMERA_HANDLE_INVALID;
-    return complain("cannot open the camera", "", error);
+    // What is wrong with a source the camera service has said.
+    return error == EBUSY ? complain("cannot open the camera", "", error) : 1;
   }
   const camera_handle_t handle = camera->handle;
   const camera_res_t size = choose_size(options, handle);
@@ -115,6 +117,7 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
         camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height, CAMERA_IMGPROP_END);
   }
   if (error == 0) error = camera_start_video_viewfinder(handle, nullptr, on_status, news);
+  if (error == EIO || error == ETIMEDOUT) return 1;  // as above
   if (error != 0) return complain("cannot start the camera", "", error);
   _screen_wid = width;
   _screen_hi = height;
@@ -160,16 +163,14 @@ int record_into(const Options& options, camera_handle_t handle, News* news, Stam
   if (error != 0) return complain("cannot record into", options.output, error);
   wait_for_end(options, handle, *news, stamp);
   error = camera_stop_video(handle);
-  if (news->failed != 0) return complain("the recording ended early", "", news->failed);
+  if (news->failed != 0) return 1;  // the camera service has said why
 
   handset::CameraStatistics statistics{};
   handset::camera_get_statistics(handle, &statistics);
   std::printf("%llu frames, %llu drops, %.2f seconds, %s\n", static_cast<unsigned long long>(statistics.recorded),
               static_cast<unsigned long long>(statistics.replaced + statistics.not_recorded),
               static_cast<double>(statistics.recorded_ns) / 1e9, options.output.c_str());
-  if (error != 0) return complain("the file is not complete", "", error);
-  if (news->revoked) return complain("the camera was lost", "", EIO);
-  return 0;
+  return error != 0 || news->revoked ? 1 : 0;
 }
 
 }  // namespace
