@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cerrno>
 #include <cstdlib>
 
 #include "engine/color_filter.h"
@@ -16,55 +14,14 @@
 #include "tests/engine/fake_camera.h"
 #include "tests/engine/overlay_planes.h"
 #include "tests/engine/png_file.h"
+#include "tests/support/allocation_counter.h"
 #include "tests/support/temp_dir.h"
 
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
-}
-
 namespace {
 
-thread_local bool counting = false;
-std::atomic<int> allocations = 0;
-
-std::atomic<std::size_t> largest = 0;
-
-void count(std::size_t bytes) {
-  if (!counting) return;
-  ++allocations;
-  if (bytes > largest) largest = bytes;
-}
-
-}  // namespace
-
-extern "C" {
-void* malloc(std::size_t size) {
-  count(size);
-  return __libc_malloc(size);
-}
-void* calloc(std::size_t number, std::size_t size) {
-  count(number * size);
-  return __libc_calloc(number, size);
-}
-void* realloc(void* memory, std::size_t size) {
-  count(size);
-  return __libc_realloc(memory, size);
-}
-void* aligned_alloc(std::size_t alignment, std::size_t size) {
-  count(size);
-  return __libc_memalign(alignment, size);
-}
-int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
-  count(size);
-  *memory = __libc_memalign(alignment, size);
-  return *memory == nullptr ? ENOMEM : 0;
-}
-}
-
-namespace {
+using allocation_counter::allocations;
+using allocation_counter::counting;
+using allocation_counter::largest;
 
 TEST(Allocations, TheCounterCounts) {
   counting = true;
