@@ -17,7 +17,7 @@ constexpr int zoom_maximum = 120;
 constexpr std::chrono::milliseconds service_turn{100};
 constexpr std::chrono::milliseconds clip_drain{5000};
 constexpr std::chrono::milliseconds recording_start{4000};
-constexpr std::chrono::milliseconds microphone_patience{1500};
+constexpr std::chrono::milliseconds preparation_patience{1500};
 
 /// What a scene mode does to the picture where the device has no such mode: a mild preset.
 struct Look {
@@ -263,18 +263,27 @@ void CameraUnit::prepare(camera_res_t size, int frame_rate) {
   }).detach();
 }
 
-/// The microphone to record, or "none" when there is none or it does not answer in time.
-std::string CameraUnit::microphone_for_recording() const {
+/// Waits a bounded time for what prepare() began. @param sound  whether there is a microphone that delivers
+/// @return false when it is not through
+bool CameraUnit::wait_prepared(bool* sound) const {
   std::shared_ptr<Preparation> preparation;
   {
     const std::lock_guard lock(state_mutex_);
     preparation = preparation_;
   }
+  *sound = false;
+  if (!preparation) return true;
   std::unique_lock lock(preparation->mutex);
-  if (!preparation->changed.wait_for(lock, microphone_patience, [&] { return preparation->done; })) {
-    std::fputs("no sound: the microphone does not answer\n", stderr);
-  }
-  return preparation->sound ? config_.microphone : "none";
+  const bool through = preparation->changed.wait_for(lock, preparation_patience, [&] { return preparation->done; });
+  *sound = preparation->sound;
+  return through;
+}
+
+/// The microphone to record, or "none" when there is none or it does not answer in time.
+std::string CameraUnit::microphone_for_recording() const {
+  bool sound = false;
+  if (!wait_prepared(&sound)) std::fputs("no sound: the microphone does not answer\n", stderr);
+  return sound ? config_.microphone : "none";
 }
 
 int CameraUnit::stop_viewfinder() {
@@ -301,6 +310,9 @@ int CameraUnit::stop_viewfinder() {
     }
   }
   capture->stop();
+  // A process that ends while GStreamer is still being asked about encoders may abort.
+  bool sound = false;
+  wait_prepared(&sound);
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);
 

@@ -85,6 +85,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   int check_start(camera_res_t* size) const;
   int launch(camera_res_t size, int frame_rate);
   void prepare(camera_res_t size, int frame_rate);
+  bool wait_prepared(bool* sound) const;
   std::string microphone_for_recording() const;
   void publish(const Frame& frame);
   void call_with_descriptor(const Client& client, const Frame& frame) const;
