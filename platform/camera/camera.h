@@ -4,8 +4,9 @@
 //
 // Every function may be called from any thread. Functions return 0 (CAMERA_EOK) or an errno
 // value, which they also leave in errno. None blocks for longer than a few hundred milliseconds
-// except camera_open, camera_start_video_viewfinder, camera_stop_video and camera_close, which
-// wait for hardware, and each of those waits has an end (see camera_timeouts in camera_config.h).
+// except camera_open, camera_start_video_viewfinder, camera_start_video, camera_stop_video and
+// camera_close, which wait for hardware or for a file, and each of those waits has an end (see
+// camera_timeouts in camera_config.h).
 
 #include "platform/kernel/channel.h"
 
