@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+#include <QtQml/QQmlContext>
+#include <memory>
+
+class QQmlComponent;
+
+namespace bb::cascades {
+
+/// A QML document of the package. What cannot be loaded leaves its errors on the error stream, one line each.
+class QmlDocument : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Loads a document such as "asset:///Settings.qml". Never null.
+  static QmlDocument* create(const QString& url, QObject* parent = nullptr);
+  /// Destroys the root objects that are still alive, so that nothing outlives its context.
+  ~QmlDocument() override;
+
+  bool hasErrors() const;
+  void setContextProperty(const QString& name, QObject* value);
+
+  /// @return null when the document cannot be created; otherwise its root object, which the caller owns
+  QObject* createRoot();
+  /// The root object where it is a T; an object of another kind is deleted.
+  template <typename T>
+  T* createRootObject() {
+    QObject* root = createRoot();
+    T* wanted = qobject_cast<T*>(root);
+    if (root && !wanted) delete root;
+    return wanted;
+  }
+
+ private:
+  explicit QmlDocument(QObject* parent);
+
+  std::unique_ptr<QQmlComponent> component_;
+  QQmlContext* context_ = nullptr;
+  QList<QPointer<QObject>> roots_;
+};
+
+}  // namespace bb::cascades
