@@ -21,19 +21,25 @@ QImage packagedIcon(const QString& name) {
   return image;
 }
 
-/// The names of all pictures, apart from those in folders of their own, that the program's sources speak of.
-QSet<QString> namesInUse() {
+/// The names of the pictures, apart from those in folders of their own, that a file's code speaks of.
+void collectNames(const QString& path, QSet<QString>& names) {
   static const QRegularExpression picture("asset:///images/(\\w+)\\.png");
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  while (!file.atEnd()) {
+    const QString line = QString::fromUtf8(file.readLine());
+    if (line.trimmed().startsWith("//")) continue;
+    auto found = picture.globalMatch(line);
+    while (found.hasNext()) names.insert(found.next().captured(1));
+  }
+}
+
+QSet<QString> namesInUse() {
   QSet<QString> names;
   for (const char* folder : {"app", "assets", "camera", "capture", "social"}) {
-    QDirIterator files(QStringLiteral(MORVANE_SOURCE_DIR "/") + folder, {"*.cpp", "*.qml"}, QDir::Files,
+    QDirIterator files(QStringLiteral(MORVANE_SOURCE_DIR "/") + folder, {"*.cpp", "*.h", "*.qml"}, QDir::Files,
                        QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-      QFile file(files.next());
-      EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-      auto found = picture.globalMatch(QString::fromUtf8(file.readAll()));
-      while (found.hasNext()) names.insert(found.next().captured(1));
-    }
+    while (files.hasNext()) collectNames(files.next(), names);
   }
   return names;
 }
