@@ -50,7 +50,7 @@ bool parse_pin(const std::string& text, std::string& out) {
 
 using P = DeviceProfile;
 using S = const std::string;
-constexpr std::array<Key, 12> keys = {{
+constexpr std::array<Key, 13> keys = {{
     {"display", "width", [](P& p, S& v) { return parse_int(v, 240, 4096, p.display_width); }},
     {"display", "height", [](P& p, S& v) { return parse_int(v, 240, 4096, p.display_height); }},
     {"camera", "front", [](P& p, S& v) { return parse_text(v, p.front); }},
@@ -63,6 +63,7 @@ constexpr std::array<Key, 12> keys = {{
     {"device", "keyboard", [](P& p, S& v) { return parse_bool(v, p.keyboard); }},
     {"device", "os-version", [](P& p, S& v) { return parse_text(v, p.os_version); }},
     {"bbm", "state", [](P& p, S& v) { return parse_int(v, 0, 13, p.bbm_state); }},
+    {"bbm", "registered", [](P& p, S& v) { return parse_bool(v, p.bbm_registered); }},
 }};
 
 const Key* find_key(std::string_view group, std::string_view name) {
@@ -72,29 +73,28 @@ const Key* find_key(std::string_view group, std::string_view name) {
   return nullptr;
 }
 
-void apply(GKeyFile* file, const char* path, const char* group, const char* name, DeviceProfile& profile) {
+/// @return a complaint, empty when all is well
+std::string apply(GKeyFile* file, const std::string& group, const std::string& name, DeviceProfile& profile) {
   const Key* key = find_key(group, name);
-  if (key == nullptr) {
-    std::fprintf(stderr, "%s: unknown key \"%s\" in [%s]\n", path, name, group);
-    return;
-  }
-  const std::unique_ptr<char, void (*)(gpointer)> value(g_key_file_get_string(file, group, name, nullptr), g_free);
-  if (value == nullptr || !key->set(profile, value.get())) {
-    std::fprintf(stderr, "%s: bad value \"%s\" for \"%s\" in [%s], the default is used\n", path,
-                 value ? value.get() : "", name, group);
-  }
+  if (key == nullptr) return "unknown key \"" + name + "\" in [" + group + "]";
+  const std::unique_ptr<char, void (*)(gpointer)> value(
+      g_key_file_get_string(file, group.c_str(), name.c_str(), nullptr), g_free);
+  if (value != nullptr && key->set(profile, value.get())) return {};
+  const std::string text = value ? value.get() : "";
+  return "bad value \"" + text + "\" for \"" + name + "\" in [" + group + "], the default is used";
 }
 
 }  // namespace
 
-DeviceProfile load_device_profile(const std::string& path) {
+DeviceProfile load_device_profile(const std::string& path, bool quiet) {
   DeviceProfile profile;
+  const auto complain = [&](const std::string& text) {
+    if (!quiet && !text.empty()) std::fprintf(stderr, "%s: %s\n", path.c_str(), text.c_str());
+  };
   const std::unique_ptr<GKeyFile, void (*)(GKeyFile*)> file(g_key_file_new(), g_key_file_free);
   GError* error = nullptr;
   if (!g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &error)) {
-    if (!g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT)) {
-      std::fprintf(stderr, "%s: %s\n", path.c_str(), error->message);
-    }
+    if (!g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT)) complain(error->message);
     g_error_free(error);
     return profile;
   }
@@ -103,14 +103,17 @@ DeviceProfile load_device_profile(const std::string& path) {
     const std::unique_ptr<char*, void (*)(char**)> names(g_key_file_get_keys(file.get(), *group, nullptr, nullptr),
                                                          g_strfreev);
     for (char** name = names.get(); name != nullptr && *name != nullptr; ++name) {
-      apply(file.get(), path.c_str(), *group, *name, profile);
+      complain(apply(file.get(), *group, *name, profile));
     }
   }
   return profile;
 }
 
+std::string device_profile_path() {
+  return std::string(g_get_user_config_dir()) + "/morvane/device.ini";
+}
+
 const DeviceProfile& device_profile() {
-  static const DeviceProfile profile =
-      load_device_profile(std::string(g_get_user_config_dir()) + "/morvane/device.ini");
+  static const DeviceProfile profile = load_device_profile(device_profile_path());
   return profile;
 }

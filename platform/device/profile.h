@@ -23,13 +23,18 @@ struct DeviceProfile {
   bool keyboard = false;           ///< physical keyboard
   std::string os_version = "10.3.3.3216";
   // [bbm]
-  int bbm_state = 0;  ///< registration state that the platform ends in, 0 (allowed) to 13
+  int bbm_state = 0;            ///< registration state that the platform ends in, 0 (allowed) to 13
+  bool bbm_registered = false;  ///< the application has been registered before: the state holds from the start
 };
 
 /// Reads a profile. A missing file gives the defaults. An unknown group or key and a bad value give
 /// one line each on the error stream and the default; a file that cannot be read or parsed gives one
 /// line and all defaults.
-DeviceProfile load_device_profile(const std::string& path);
+/// @param quiet  no lines: somebody has read the same file and said so
+DeviceProfile load_device_profile(const std::string& path, bool quiet = false);
+
+/// `morvane/device.ini` in the XDG config directory. Any thread.
+std::string device_profile_path();
 
 /// The profile of this process: read once, from the XDG config directory. Any thread.
 const DeviceProfile& device_profile();

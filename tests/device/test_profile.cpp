@@ -19,7 +19,7 @@ TEST(Profile, EveryKeyIsOptionalAndRead) {
   const DeviceProfile profile = load(
       "[display]\nwidth=720\nheight=720\n[camera]\nfront=scene\nrear=clip:/a b.mp4\ndesktop=gst:videotestsrc\n"
       "microphone=tone\nvideo-light=false\nstabilization=false\n"
-      "[device]\npin=0xABCDEF12\nkeyboard=true\nos-version=10.2.1.3062\n[bbm]\nstate=4\n",
+      "[device]\npin=0xABCDEF12\nkeyboard=true\nos-version=10.2.1.3062\n[bbm]\nstate=4\nregistered=true\n",
       &complaints);
   EXPECT_EQ(complaints, "");
   EXPECT_EQ(profile.display_width, 720);
@@ -34,6 +34,7 @@ TEST(Profile, EveryKeyIsOptionalAndRead) {
   EXPECT_TRUE(profile.keyboard);
   EXPECT_EQ(profile.os_version, "10.2.1.3062");
   EXPECT_EQ(profile.bbm_state, 4);
+  EXPECT_TRUE(profile.bbm_registered);
 }
 
 TEST(Profile, BadValuesAndUnknownKeysCostALineEachAndNothingElse) {
@@ -52,6 +53,16 @@ TEST(Profile, BadValuesAndUnknownKeysCostALineEachAndNothingElse) {
   EXPECT_EQ(std::count(complaints.begin(), complaints.end(), '\n'), 8) << complaints;
   EXPECT_NE(complaints.find("unknown key \"volume\" in [radio]"), std::string::npos);
   EXPECT_NE(complaints.find("bad value \"loud\" for \"microphone\" in [camera]"), std::string::npos);
+}
+
+TEST(Profile, AQuietReadingTakesTheSameValues) {
+  const TempDir dir;
+  write_file(dir.file("device.ini"), "[bbm]\nstate=99\nregistered=true\nfriends=none\n");
+  testing::internal::CaptureStderr();
+  const DeviceProfile profile = load_device_profile(dir.file("device.ini"), true);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(profile.bbm_state, 0);
+  EXPECT_TRUE(profile.bbm_registered);
 }
 
 TEST(Profile, MissingFileIsSilentAndABrokenOneIsNot) {
