@@ -3,11 +3,11 @@
 namespace assets {
 namespace {
 
-constexpr Icon button(const char* name, const char* glyph, int size = 128) {
-  return {.name = name, .glyph = glyph, .ground = "disc", .size = size};
+constexpr Icon button(const char* name, const char* glyph) {
+  return {.name = name, .glyph = glyph, .ground = "disc"};
 }
-constexpr Icon pressedButton(const char* name, const char* glyph, int size = 128) {
-  return {.name = name, .glyph = glyph, .ground = "disc_pressed", .size = size};
+constexpr Icon pressedButton(const char* name, const char* glyph) {
+  return {.name = name, .glyph = glyph, .ground = "disc_pressed"};
 }
 constexpr Icon effect(const char* name, std::optional<int> id) {
   return {.name = name, .glyph = "effect_picture", .effect = id};
@@ -22,6 +22,7 @@ constexpr Icon table[] = {
     {"ic_normal", "eye"},
     {"ic_invite", "invite"},
     {"icon_camera", "camera"},
+    {"ic_screenrecord_normal", "screen_record"},
     {"ic_back", "back"},
     {"ic_close", "close"},
     // Main level of the action menu.
@@ -71,8 +72,6 @@ constexpr Icon table[] = {
     pressedButton("ic_play_pressed", "play"),
     button("ic_pause", "pause"),
     pressedButton("ic_pause_pressed", "pause"),
-    button("ic_screenrecord_normal", "screen_record"),
-    pressedButton("ic_screenrecord_selected", "screen_record"),
     button("ic_stop_normal", "stop"),
     pressedButton("ic_stop_selected", "stop"),
 };
