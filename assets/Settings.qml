@@ -1,0 +1,222 @@
+import QtQuick
+import bb.cascades 1.0
+
+// The main screen. The program shows and hides the controls that have object names by itself, so nothing here is bound
+// to their `visible`; what depends on them reads it.
+NavigationPane {
+    id: pane
+
+    onPopTransitionEnded: page => _mainApp.handlePopTransitionEnded(page)
+
+    Page {
+        id: page
+
+        readonly property bool wide: width > height
+        // The camera is the desktop unit, because this page has asked for it; its first picture is still to come.
+        property bool screenMode: false
+        property bool screenAwaited: false
+        // The one filter that the action menu has set last.
+        property string filterTitle: "Normal"
+
+        function openMenu() {
+            if (!capture.menuButton.visible)
+                return;
+            menu.heading = "";
+            menu.markedTitle = "";
+            _mainApp.setMenuVisible(true);
+            capture.menuButton.visible = false;
+            menu.visible = true;
+            menu.play();
+        }
+
+        function closeMenu() {
+            _mainApp.setMenuVisible(false);
+            menu.visible = false;
+            capture.menuButton.visible = true;
+        }
+
+        // Closing it makes the program build the main list when it opens again.
+        function backInMenu() {
+            _mainApp.setMenuVisible(false);
+            menu.heading = "";
+            menu.markedTitle = "";
+            _mainApp.setMenuVisible(true);
+            menu.toTop();
+        }
+
+        // The row of the main list that has led to a list says what that list's current row is.
+        function chooseInMenu(indexPath, title) {
+            const row = indexPath[0];
+            const inMain = menu.heading === "";
+            if (menu.heading === "Color Filters")
+                filterTitle = title;
+            _mainApp.peformMenuAction(indexPath);
+            if (!inMain || !menu.visible)
+                return;
+            menu.heading = ["Color Filters", "", "Default Textures", "Screen Size", "", "Scene", "Mode"][row] ?? "";
+            menu.markedTitle = [filterTitle, "", "", status.sizeText, "", title, title][row] ?? "";
+            menu.toTop();
+        }
+
+        function openSizes() {
+            if (!status.recording) {
+                menu.heading = "Screen Size";
+                menu.markedTitle = status.sizeText;
+            }
+            _mainApp.setScreenSize();
+        }
+
+        // The first tap after a filter was chosen may only move other controls out of the way of the slider.
+        function closePanels() {
+            _mainApp.onTap(null);
+            if (tolerance.visible)
+                _mainApp.onTap(null);
+        }
+
+        function enterScreenMode() {
+            screenMode = true;
+            screenAwaited = true;
+            recorder.visible = true;
+            _mainApp.startScreenRecorder();
+        }
+
+        function leaveScreenMode() {
+            if (status.recording)
+                _mainApp.onStartStopRecording();
+            _mainApp.onStopCamera();
+            _mainApp.restartCamera();
+            endScreenMode();
+        }
+
+        function endScreenMode() {
+            screenMode = false;
+            screenAwaited = false;
+            recorder.visible = false;
+        }
+
+        Keys.onPressed: event => {
+            event.accepted = !event.isAutoRepeat && handleKey(event.key, event.modifiers);
+        }
+
+        function handleKey(key, modifiers) {
+            if (key === Qt.Key_Comma && modifiers === Qt.ControlModifier)
+                _mainApp.handleSettingAction();
+            else if (modifiers !== Qt.NoModifier)
+                return false;
+            else if (key === Qt.Key_Space || key === Qt.Key_R)
+                _mainApp.onStartStopRecording();
+            else if (key === Qt.Key_F1)
+                _mainApp.handleHelpAction();
+            else if (key === Qt.Key_M || key === Qt.Key_Menu)
+                openMenu();
+            else if (key === Qt.Key_Escape && (mixer.visible || tolerance.visible))
+                closePanels();
+            else
+                return false;
+            return true;
+        }
+
+        Viewfinder {
+            id: viewfinder
+            anchors.fill: parent
+            // A camera that was started after the screen's is a lens again.
+            onAttached: {
+                if (!page.screenAwaited)
+                    page.endScreenMode();
+                page.screenAwaited = false;
+            }
+        }
+
+        CaptureBar {
+            id: capture
+            vertical: page.wide
+            recording: status.recording
+            onRecordClicked: _mainApp.onStartStopRecording()
+            onMenuClicked: page.openMenu()
+            onPlayClicked: _mainApp.playVideo()
+        }
+
+        StatusBar {
+            id: status
+            width: page.wide ? page.width - capture.thickness : page.width
+            onSizeClicked: page.openSizes()
+            onMoreClicked: more.open()
+        }
+
+        ScreenRecorder {
+            id: recorder
+            anchors.top: status.bottom
+            x: Theme.spacing
+            width: Math.min(560, status.width - 2 * x)
+            recording: status.recording
+            onStopClicked: page.leaveScreenMode()
+        }
+
+        // Where a panel can stand: above the bar, or beside it.
+        Item {
+            id: panels
+            x: Theme.spacing
+            y: page.height - height - Theme.spacing - (page.wide ? 0 : capture.thickness)
+            width: Math.min(736, status.width - 2 * x)
+            height: childrenRect.height
+
+            TolerancePanel {
+                id: tolerance
+                width: parent.width
+                onChanged: value => _mainApp.changeFilterColor(value)
+                onClosed: page.closePanels()
+            }
+
+            ColorMixer {
+                id: mixer
+                width: parent.width
+                onChanged: (component, value) => _mainApp.changeCustomColor(component, value)
+                onClosed: page.closePanels()
+            }
+        }
+
+        Container {
+            objectName: "effectContainer"
+            x: status.width - width - Theme.spacing
+            anchors.top: status.bottom
+            width: 104
+            height: 104
+            visible: false
+
+            EffectButton {
+                anchors.fill: parent
+                onClicked: _mainApp.setModifyEffectColor()
+            }
+        }
+
+        ActionMenu {
+            id: menu
+            anchors.fill: parent
+            model: _mainApp.model
+            atRight: page.wide
+            onChosen: (indexPath, title) => page.chooseInMenu(indexPath, title)
+            onBackRequested: page.backInMenu()
+            onDismissed: page.closeMenu()
+            onVisibleChanged: if (!visible) page.takeFocus()
+        }
+
+        MorePanel {
+            id: more
+            anchors.fill: parent
+            privateMode: viewfinder.covered
+            recording: status.recording
+            onVisibleChanged: if (!visible) page.takeFocus()
+            onScreenshotClicked: _mainApp.handleScreenShotAction()
+            onRecordScreenClicked: page.enterScreenMode()
+            onPrivateClicked: _mainApp.handlePrivateAction()
+            onInviteClicked: _mainApp.invitedownload()
+            onSettingsClicked: _mainApp.handleSettingAction()
+            onHelpClicked: _mainApp.handleHelpAction()
+        }
+    }
+
+    Connections {
+        target: OrientationSupport
+        function onOrientationAboutToChange(orientation) { _mainApp.onOrientationAboutToChange(orientation); }
+    }
+}
