@@ -207,22 +207,8 @@ GstPadProbeReturn Capture::on_input_event(GstPad*, GstPadProbeInfo* info, gpoint
     self->rate_denominator_ = GST_VIDEO_INFO_FPS_D(&input);
   }
   self->update_crop();
-  self->relabel_range(info, input);
+  self->limited_range_ = claim_full_range(info, input);
   return GST_PAD_PROBE_OK;
-}
-
-/// Between two BT.601 formats the converter takes shortcuts that forget the range: limited-range webcams
-/// would come out grey. So it is told that such input is full range already, and the frames are stretched
-/// afterwards.
-void Capture::relabel_range(GstPadProbeInfo* info, const GstVideoInfo& input) {
-  limited_range_ = GST_VIDEO_INFO_IS_YUV(&input) && input.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_BT601 &&
-                   input.colorimetry.range == GST_VIDEO_COLOR_RANGE_16_235;
-  if (!limited_range_) return;
-  GstCaps* caps = nullptr;
-  gst_event_parse_caps(gst_pad_probe_info_get_event(info), &caps);
-  const CapsPtr relabelled = CapsPtr::adopt(gst_caps_copy(caps));
-  gst_caps_set_simple(relabelled.get(), "colorimetry", G_TYPE_STRING, frame_colorimetry, nullptr);
-  replace_caps_event(info, relabelled);
 }
 
 /// A sink holds on to the buffer that it shows, and a buffer with two owners may not be edited. So the sink gets

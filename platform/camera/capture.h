@@ -74,7 +74,6 @@ class Capture {
   std::int64_t time_of(GstSample* sample);
   void count_missed(GstBuffer* frame);
   Frame make_exclusive(Frame frame);
-  void relabel_range(GstPadProbeInfo* info, const GstVideoInfo& input);
   bool seek_to_start(bool flush);
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);

@@ -5,6 +5,9 @@
 #include <cmath>
 #include <cstdint>
 
+#include "platform/camera/colorimetry.h"
+#include "platform/camera/gst_ptr.h"
+
 namespace handset {
 namespace {
 
@@ -29,6 +32,18 @@ void map_plane(GstVideoFrame* frame, int plane, int rows, const Table& table) {
 }
 
 }  // namespace
+
+bool claim_full_range(GstPadProbeInfo* info, const GstVideoInfo& input) {
+  const bool limited = GST_VIDEO_INFO_IS_YUV(&input) && input.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_BT601 &&
+                       input.colorimetry.range == GST_VIDEO_COLOR_RANGE_16_235;
+  if (!limited) return false;
+  GstCaps* caps = nullptr;
+  gst_event_parse_caps(gst_pad_probe_info_get_event(info), &caps);
+  const CapsPtr relabelled = CapsPtr::adopt(gst_caps_copy(caps));
+  gst_caps_set_simple(relabelled.get(), "colorimetry", G_TYPE_STRING, frame_colorimetry, nullptr);
+  replace_caps_event(info, relabelled);
+  return true;
+}
 
 void expand_range(GstVideoFrame* frame) {
   static const Table luma = make_table(16, 0, 255.0 / 219);

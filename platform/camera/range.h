@@ -4,6 +4,13 @@
 
 namespace handset {
 
+/// Between two BT.601 formats GStreamer's converter takes shortcuts that forget the range: limited-range pictures would
+/// come out grey. So a caps event that brings such pictures to the converter is changed to say that they are full range
+/// already; the converted pictures then have to be stretched with expand_range. Streaming thread.
+/// @param info  of a probe that is looking at the caps event
+/// @return whether it was changed
+bool claim_full_range(GstPadProbeInfo* info, const GstVideoInfo& input);
+
 /// Stretches a limited-range (16..235, chroma 16..240) NV12 picture to full range in place: luma
 /// (Y - 16) * 255 / 219, chroma 128 + (C - 128) * 255 / 224, rounded and clamped to a byte.
 void expand_range(GstVideoFrame* frame);
