@@ -54,7 +54,7 @@ Container {
     }
 
     Container {
-        id: room
+        id: side
         objectName: "iconListViewContainer"
         width: Math.min(600, parent.width - 2 * Theme.spacing)
         height: parent.height
@@ -63,12 +63,12 @@ Container {
         Item {
             id: card
 
-            readonly property real room: parent.height - 2 * Theme.spacing
+            readonly property real most: parent.height - 2 * Theme.spacing
             readonly property real wanted: list.contentHeight + header.height + 2 * Theme.spacingSmall
 
             y: Theme.spacing
             width: parent.width
-            height: Math.min(room, wanted)
+            height: Math.min(most, wanted)
 
             Rectangle {
                 anchors.fill: parent
@@ -120,7 +120,7 @@ Container {
         id: slide
         objectName: "menuAnim"
         target: card
-        fromX: menu.atRight ? room.width + 2 * Theme.spacing : -room.width - 2 * Theme.spacing
+        fromX: menu.atRight ? side.width + 2 * Theme.spacing : -side.width - 2 * Theme.spacing
         duration: Theme.duration
     }
 }

@@ -29,15 +29,17 @@ Container {
         title: qsTr("Color Mixer")
         onClosed: mixer.closed()
 
-        Rectangle {
-            width: parent.width
-            height: 40
+        sample: Rectangle {
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(parent.width, 160)
+            height: 44
             radius: height / 2
             color: mixer.mixed
         }
 
         component Chroma: Slider {
             width: parent.width
+            height: 80
             from: 0
             to: 255
             value: 128

@@ -24,16 +24,17 @@ FocusScope {
         visible = false;
     }
 
+    // To the next row, or the one before, and around.
+    function move(by) {
+        const rows = Array.prototype.filter.call(column.children, row => row.enabled);
+        const at = rows.findIndex(row => row.activeFocus);
+        rows[(at + by + rows.length) % rows.length].forceActiveFocus(Qt.TabFocusReason);
+    }
+
     visible: false
     Keys.onEscapePressed: close()
     Keys.onDownPressed: move(1)
     Keys.onUpPressed: move(-1)
-
-    function move(by) {
-        const rows = column.children.filter(row => row.enabled);
-        const at = rows.findIndex(row => row.activeFocus);
-        rows[(at + by + rows.length) % rows.length].forceActiveFocus(Qt.TabFocusReason);
-    }
 
     Rectangle {
         anchors.fill: parent

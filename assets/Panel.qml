@@ -7,6 +7,8 @@ Item {
 
     required property string title
     default property alias content: column.data
+    // Beside the title.
+    property alias sample: sample.data
 
     signal closed()
 
@@ -34,20 +36,29 @@ Item {
 
         Item {
             width: parent.width
-            height: Theme.touch
+            height: 72
 
             Label {
-                anchors.left: parent.left
-                anchors.right: done.left
+                id: heading
+                width: Math.min(implicitWidth, done.x - Theme.spacing)
                 height: parent.height
                 text: panel.title
                 font.bold: true
+            }
+
+            Item {
+                id: sample
+                anchors.left: heading.right
+                anchors.right: done.left
+                anchors.margins: Theme.spacing
+                height: parent.height
             }
 
             Button {
                 id: done
                 anchors.right: parent.right
                 anchors.rightMargin: -Theme.spacing
+                height: parent.height
                 text: qsTr("Done")
                 flat: true
                 onClicked: panel.closed()

@@ -9,33 +9,33 @@ Container {
 
     signal stopClicked()
 
-    implicitHeight: Theme.touch + 2 * Theme.spacingSmall
     objectName: "screenrecorderContainer"
+    width: stop.width + (name.visible ? name.implicitWidth + Theme.spacingSmall + Theme.spacingLarge : 0)
+    height: Theme.touch
     visible: false
 
     Rectangle {
         anchors.fill: parent
-        radius: Theme.radius
-        color: Theme.overlay
+        radius: height / 2
+        color: Theme.disc
     }
 
     ImageButton {
         id: stop
         objectName: "screenrecord_img"
-        x: Theme.spacingSmall
-        anchors.verticalCenter: parent.verticalCenter
         accessibleName: qsTr("End the screen recording, back to the camera")
         defaultImageSource: "asset:///images/ic_stop_normal.png"
         pressedImageSource: "asset:///images/ic_stop_selected.png"
         onClicked: recorder.stopClicked()
     }
 
+    // The clock of the recording needs the room.
     Label {
+        id: name
         anchors.left: stop.right
-        anchors.leftMargin: Theme.spacing
-        anchors.right: parent.right
-        anchors.rightMargin: Theme.spacing
-        anchors.verticalCenter: parent.verticalCenter
-        text: recorder.recording ? qsTr("Recording the screen") : qsTr("The screen, ready to record")
+        anchors.leftMargin: Theme.spacingSmall
+        height: parent.height
+        visible: !recorder.recording
+        text: qsTr("Screen recording")
     }
 }

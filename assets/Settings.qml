@@ -127,65 +127,71 @@ NavigationPane {
             }
         }
 
-        CaptureBar {
-            id: capture
-            vertical: page.wide
-            recording: status.recording
-            onRecordClicked: _mainApp.onStartStopRecording()
-            onMenuClicked: page.openMenu()
-            onPlayClicked: _mainApp.playVideo()
-        }
-
-        StatusBar {
-            id: status
-            width: page.wide ? page.width - capture.thickness : page.width
-            onSizeClicked: page.openSizes()
-            onMoreClicked: more.open()
-        }
-
-        ScreenRecorder {
-            id: recorder
-            anchors.top: status.bottom
-            x: Theme.spacing
-            width: Math.min(560, status.width - 2 * x)
-            recording: status.recording
-            onStopClicked: page.leaveScreenMode()
-        }
-
-        // Where a panel can stand: above the bar, or beside it.
+        // Out of the keyboard's reach while a list lies over them.
         Item {
-            id: panels
-            x: Theme.spacing
-            y: page.height - height - Theme.spacing - (page.wide ? 0 : capture.thickness)
-            width: Math.min(736, status.width - 2 * x)
-            height: childrenRect.height
+            anchors.fill: parent
+            enabled: !menu.visible && !more.visible
 
-            TolerancePanel {
-                id: tolerance
-                width: parent.width
-                onChanged: value => _mainApp.changeFilterColor(value)
-                onClosed: page.closePanels()
+            CaptureBar {
+                id: capture
+                vertical: page.wide
+                recording: status.recording
+                onRecordClicked: _mainApp.onStartStopRecording()
+                onMenuClicked: page.openMenu()
+                onPlayClicked: _mainApp.playVideo()
             }
 
-            ColorMixer {
-                id: mixer
-                width: parent.width
-                onChanged: (component, value) => _mainApp.changeCustomColor(component, value)
-                onClosed: page.closePanels()
+            StatusBar {
+                id: status
+                width: page.wide ? page.width - capture.thickness : page.width
+                sizeShown: !page.screenMode
+                onSizeClicked: page.openSizes()
+                onMoreClicked: more.open()
             }
-        }
 
-        Container {
-            objectName: "effectContainer"
-            x: status.width - width - Theme.spacing
-            anchors.top: status.bottom
-            width: 104
-            height: 104
-            visible: false
+            ScreenRecorder {
+                id: recorder
+                x: Theme.spacing
+                y: Theme.spacing
+                recording: status.recording
+                onStopClicked: page.leaveScreenMode()
+            }
 
-            EffectButton {
-                anchors.fill: parent
-                onClicked: _mainApp.setModifyEffectColor()
+            // The lower edge of panels: above the bar, or beside it.
+            Item {
+                x: Theme.spacing
+                y: page.height - Theme.spacing - (page.wide ? 0 : capture.thickness)
+                width: Math.min(736, status.width - 2 * x)
+
+                TolerancePanel {
+                    id: tolerance
+                    anchors.bottom: parent.bottom
+                    width: parent.width
+                    onChanged: value => _mainApp.changeFilterColor(value)
+                    onClosed: page.closePanels()
+                }
+
+                ColorMixer {
+                    id: mixer
+                    anchors.bottom: parent.bottom
+                    width: parent.width
+                    onChanged: (component, value) => _mainApp.changeCustomColor(component, value)
+                    onClosed: page.closePanels()
+                }
+            }
+
+            Container {
+                objectName: "effectContainer"
+                x: status.width - width - Theme.spacing
+                anchors.top: status.bottom
+                width: 104
+                height: 104
+                visible: false
+
+                EffectButton {
+                    anchors.fill: parent
+                    onClicked: _mainApp.setModifyEffectColor()
+                }
             }
         }
 

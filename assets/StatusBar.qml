@@ -6,6 +6,8 @@ import bb.cascades 1.0
 Item {
     id: bar
 
+    // The size is one of the lens cameras'.
+    required property bool sizeShown
     readonly property bool recording: clock.visible
     readonly property alias sizeText: size.text
 
@@ -20,43 +22,48 @@ Item {
         color: Theme.disc
     }
 
-    Container {
-        objectName: "screensizeContainer"
-        x: Theme.spacing
-        y: Theme.spacing
-        width: film.width + (size.text === "" ? 0 : size.implicitWidth + Theme.spacingSmall + Theme.spacingLarge)
-        height: Theme.touch
+    Item {
+        visible: bar.sizeShown
 
-        Pill {
-            TapHandler {
-                onTapped: bar.sizeClicked()
+        Container {
+            objectName: "screensizeContainer"
+            x: Theme.spacing
+            y: Theme.spacing
+            width: film.width + (size.text === "" ? 0 : size.implicitWidth + Theme.spacingSmall + Theme.spacingLarge)
+            height: Theme.touch
+
+            Pill {
+                TapHandler {
+                    onTapped: bar.sizeClicked()
+                }
             }
-        }
 
-        ImageButton {
-            id: film
-            objectName: "screenImg"
-            preferredWidth: Theme.touch
-            preferredHeight: Theme.touch
-            accessibleName: bar.recording ? qsTr("Video light") : qsTr("Size of the film: %1").arg(size.text)
-            defaultImageSource: "asset:///images/icon_film.png"
-            pressedImageSource: "asset:///images/icon_film_pressed.png"
-            onClicked: bar.sizeClicked()
-        }
+            ImageButton {
+                id: film
+                objectName: "screenImg"
+                preferredWidth: Theme.touch
+                preferredHeight: Theme.touch
+                accessibleName: bar.recording ? qsTr("Video light") : qsTr("Size of the film: %1").arg(size.text)
+                defaultImageSource: "asset:///images/icon_film.png"
+                pressedImageSource: "asset:///images/icon_film_pressed.png"
+                onClicked: bar.sizeClicked()
+            }
 
-        Label {
-            id: size
-            objectName: "screensize"
-            anchors.left: film.right
-            anchors.leftMargin: Theme.spacingSmall
-            height: parent.height
+            Label {
+                id: size
+                objectName: "screensize"
+                anchors.left: film.right
+                anchors.leftMargin: Theme.spacingSmall
+                height: parent.height
+            }
         }
     }
 
     Container {
         id: clock
         objectName: "RecordContainer"
-        anchors.horizontalCenter: parent.horizontalCenter
+        // In the middle, or as near to it as the badges let it.
+        x: Math.min((parent.width - width) / 2, badges.x - Theme.spacing - width)
         y: Theme.spacing
         width: dot.width + time.implicitWidth + 2 * Theme.spacingLarge + Theme.spacing
         height: Theme.touch
@@ -88,6 +95,7 @@ Item {
     }
 
     Row {
+        id: badges
         anchors.right: parent.right
         anchors.rightMargin: Theme.spacing
         y: Theme.spacing

@@ -20,6 +20,7 @@ Container {
 
         Slider {
             width: parent.width
+            height: 80
             from: 0
             to: 0.95
             value: 0.5

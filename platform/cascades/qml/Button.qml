@@ -27,8 +27,8 @@ T.Button {
     icon.height: Theme.icon
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     background: Rectangle {
         radius: Theme.radius
@@ -49,14 +49,14 @@ T.Button {
     }
 
     contentItem: Item {
-        implicitWidth: row.implicitWidth
+        implicitWidth: Math.ceil(label.implicitWidth) + row.besides
         implicitHeight: row.implicitHeight
 
         Row {
             id: row
 
-            readonly property real textRoom: parent.width - (picture.visible ? picture.width + spacing : 0)
-                                                          - (mark.visible ? mark.width + spacing : 0)
+            readonly property real besides: (picture.visible ? picture.width + spacing : 0)
+                                            + (mark.visible ? mark.width + spacing : 0)
 
             x: button.flat ? 0 : Math.max(0, (parent.width - width) / 2)
             anchors.verticalCenter: parent.verticalCenter
@@ -76,12 +76,16 @@ T.Button {
             }
 
             Text {
+                id: label
                 text: button.text
                 textFormat: Text.PlainText
                 font: button.font
                 color: button.foreground
                 elide: Text.ElideRight
-                width: button.flat ? row.textRoom : Math.min(implicitWidth, row.textRoom)
+                width: {
+                    const most = button.availableWidth - row.besides;
+                    return button.flat ? most : Math.min(Math.ceil(implicitWidth), most);
+                }
                 anchors.verticalCenter: parent.verticalCenter
                 Accessible.ignored: true
             }

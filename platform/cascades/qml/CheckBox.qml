@@ -25,9 +25,14 @@ State.CheckBox {
         checked: box.checked
         opacity: enabled ? 1 : 0.4
         Accessible.name: text
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
+        Keys.onReturnPressed: turn()
+        Keys.onEnterPressed: turn()
         onToggled: box.checked = checked
+
+        function turn() {
+            toggle();
+            toggled();
+        }
 
         background: Rectangle {
             radius: Theme.radius

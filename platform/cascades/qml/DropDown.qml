@@ -11,7 +11,7 @@ State.DropDown {
     readonly property string currentText: selectedIndex >= 0 ? options[selectedIndex] : ""
 
     // The layer of the page for what lies over its controls.
-    function layer() {
+    function findLayer() {
         let item = parent;
         while (item && item.popupLayer === undefined)
             item = item.parent;
@@ -19,7 +19,7 @@ State.DropDown {
     }
 
     function openList() {
-        const host = layer();
+        const host = findLayer();
         if (host && options.length > 0)
             choices.createObject(host, { field: field }).takeFocus();
     }
@@ -60,8 +60,8 @@ State.DropDown {
             text: box.currentText
             Accessible.role: Accessible.ComboBox
             Accessible.name: box.title + ": " + box.currentText
-            Keys.onReturnPressed: click()
-            Keys.onEnterPressed: click()
+            Keys.onReturnPressed: clicked()
+            Keys.onEnterPressed: clicked()
             Keys.onUpPressed: box.step(-1)
             Keys.onDownPressed: box.step(1)
             onClicked: box.openList()

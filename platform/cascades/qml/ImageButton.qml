@@ -25,8 +25,8 @@ State.ImageButton {
         scale: down ? 0.94 : 1
         Accessible.role: Accessible.Button
         Accessible.name: button.accessibleName
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
         onClicked: button.clicked()
 
         Behavior on scale {

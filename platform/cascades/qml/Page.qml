@@ -14,9 +14,11 @@ State.Page {
     readonly property bool pushed: pane !== null && pane.count > 1 && pane.topPage === page
     property bool titled: false
 
-    // The keyboard comes to this page.
+    // Has the keyboard when no control has it. Keys that no control takes come to the page.
+    property Item home: resting
+
     function takeFocus() {
-        area.forceActiveFocus(Qt.OtherFocusReason);
+        home.forceActiveFocus(Qt.OtherFocusReason);
     }
 
     width: parent ? parent.width : 0
@@ -60,6 +62,11 @@ State.Page {
             anchors.fill: parent
             anchors.topMargin: bar.visible ? bar.height : 0
             focus: true
+
+            Item {
+                id: resting
+                focus: true
+            }
         }
     }
 

@@ -24,8 +24,8 @@ Rectangle {
         hoverEnabled: true
         Accessible.role: Accessible.Button
         Accessible.name: qsTr("Back")
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
         onClicked: bar.back()
 
         background: Rectangle {
