@@ -13,6 +13,7 @@
 #include "platform/cascades/menu.h"
 #include "platform/cascades/orientation.h"
 #include "platform/cascades/pages.h"
+#include "platform/cascades/shield.h"
 
 // At file scope: the macro declares a function of the global namespace.
 static void init_resources() {
@@ -27,7 +28,7 @@ constexpr char looks_module[] = "bb.cascades";
 constexpr char state_module[] = "bb.cascades.state";
 
 constexpr const char* looks[] = {"Button", "CheckBox", "Container", "DropDown",       "ImageButton", "ImageView",
-                                 "Label",  "ListView", "Page",      "NavigationPane", "Slider"};
+                                 "Label",  "ListView", "Page",      "NavigationPane", "ScrollView",  "Slider"};
 
 class AssetInterceptor : public QQmlAbstractUrlInterceptor {
  public:
@@ -56,6 +57,7 @@ void register_states() {
   register_state<GroupDataModel>("GroupDataModel");
   register_state<ActionItem>("ActionItem");
   register_state<Menu>("Menu");
+  register_state<Shield>("Shield");
   const QString abstract = QStringLiteral("an interface");
   qmlRegisterUncreatableType<DataModel>(state_module, 1, 0, "DataModel", abstract);
   qmlRegisterUncreatableType<AbstractActionItem>(state_module, 1, 0, "AbstractActionItem", abstract);

@@ -1,0 +1,198 @@
+#include "platform/cascades/application.h"
+
+#include <QFile>
+#include <QIcon>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickItemGrabResult>
+#include <QScreen>
+#include <cstdio>
+
+#include "platform/cascades/assets.h"
+#include "platform/cascades/display_window.h"
+#include "platform/cascades/end_signals.h"
+#include "platform/cascades/graphics.h"
+#include "platform/cascades/keep_awake.h"
+#include "platform/cascades/orientation.h"
+#include "platform/cascades/pages.h"
+#include "platform/cascades/register.h"
+#include "platform/cascades/stage.h"
+#include "platform/cascades/window_geometry.h"
+#include "platform/device/profile.h"
+#include "platform/screen/screen_window.h"
+
+namespace bb::cascades {
+
+namespace {
+
+Application* the_application = nullptr;
+
+QSize display_size() {
+  const DeviceProfile& profile = device_profile();
+  return handset::turned_display({profile.display_width, profile.display_height},
+                                 OrientationSupport::instance()->displayDirection());
+}
+
+}  // namespace
+
+struct Window::State {
+  screen_window_s handle;
+  handset::KeepAwake keep_awake;
+};
+
+Window::Window(QObject* parent) : QObject(parent), state_(std::make_unique<State>()) {
+  state_->handle.read = [] { return Application::instance()->readDisplay(); };
+}
+
+Window::~Window() = default;
+
+screen_window_t Window::handle() const {
+  return &state_->handle;
+}
+
+void Window::setScreenIdleMode(ScreenIdleMode::Type mode) {
+  idle_mode_ = mode;
+  state_->keep_awake.set(mode == ScreenIdleMode::KeepAwake);
+}
+
+struct Application::State {
+  QObjectList qt_children;  ///< those that Qt deletes itself
+  QPointer<handset::Stage> stage;
+  // In the opposite order of their destruction.
+  std::unique_ptr<QQmlEngine> engine;
+  std::unique_ptr<handset::DisplayWindow> desktop_window;
+  std::unique_ptr<Window> main_window;
+  QPointer<Menu> menu;
+  QPointer<AbstractPane> scene;
+  QQuickItem* display = nullptr;      ///< in the desktop window, as all that follows
+  QQuickItem* scene_layer = nullptr;  ///< what the scene is put into
+};
+
+Application::Application(int& argc, char** argv) : QGuiApplication(argc, argv), state_(std::make_unique<State>()) {
+  setApplicationName(QStringLiteral("morvane"));
+  setApplicationDisplayName(QStringLiteral("Morvane"));
+  setDesktopFileName(QStringLiteral("morvane"));
+  the_application = this;
+  handset::choose_graphics();
+  handset::quit_on_signals(this);
+  state_->stage = handset::Stage::instance();
+  state_->qt_children = children();
+  state_->engine = std::make_unique<QQmlEngine>();
+  register_cascades(*state_->engine);
+  state_->desktop_window = std::make_unique<handset::DisplayWindow>();
+  state_->main_window.reset(new Window(nullptr));
+  create_display();
+  connect(OrientationSupport::instance(), &OrientationSupport::orientationChanged, this, [this] {
+    lay_out();
+    state_->desktop_window->reshape(display_size());
+  });
+}
+
+Application::~Application() {
+  // The application's objects use the scene, the menu and the engine until they are gone.
+  // One of them may delete others.
+  const QList<QPointer<QObject>> all(children().begin(), children().end());
+  for (const QPointer<QObject>& child : all) {
+    if (child && !state_->qt_children.contains(child)) delete child.data();
+  }
+  delete state_->scene.data();
+  delete state_->menu.data();
+  state_->main_window.reset();
+  state_->desktop_window.reset();
+  state_->engine.reset();
+  delete state_->stage.data();
+  the_application = nullptr;
+}
+
+Application* Application::instance() {
+  return the_application;
+}
+
+void Application::create_display() {
+  handset::DisplayWindow* window = state_->desktop_window.get();
+  QQmlComponent component(engine(), QUrl(QStringLiteral("qrc:/bb/cascades/window/Bezel.qml")));
+  if (!component.isReady())
+    qFatal("the window cannot be drawn: %s", qUtf8Printable(component.errorString().simplified()));
+  QObject* root =
+      component.createWithInitialProperties({{QStringLiteral("stage"), QVariant::fromValue(state_->stage.data())},
+                                             {QStringLiteral("application"), QVariant::fromValue(this)}});
+  auto* bezel = qobject_cast<QQuickItem*>(root);
+  bezel->setParent(window);
+  bezel->setParentItem(window->contentItem());
+  state_->display = bezel->findChild<QQuickItem*>(QStringLiteral("display"));
+  state_->scene_layer = bezel->findChild<QQuickItem*>(QStringLiteral("sceneLayer"));
+  lay_out();
+  window->resize(handset::first_window_size(display_size(), window->screen()->availableSize()));
+  window->setTitle(QStringLiteral("Morvane"));
+  const QString icon = resolve_asset(QUrl(QStringLiteral("asset:///images/icon_app.png"))).toLocalFile();
+  if (QFile::exists(icon)) setWindowIcon(QIcon(icon));
+  connect(window, &handset::DisplayWindow::backUnused, this, &Application::go_back_in_scene);
+}
+
+void Application::lay_out() {
+  // Both sides at once: no layout sees the one without the other.
+  state_->display->setSize(display_size());
+}
+
+void Application::go_back_in_scene() {
+  if (auto* pane = qobject_cast<NavigationPane*>(scene())) pane->pop();
+}
+
+void Application::setScene(AbstractPane* scene) {
+  if (state_->scene == scene) return;
+  delete state_->scene.data();
+  state_->scene = scene;
+  if (scene) {
+    scene->setParentItem(state_->scene_layer);
+    state_->desktop_window->show();
+  }
+  Q_EMIT sceneChanged();
+}
+
+AbstractPane* Application::scene() const {
+  return state_->scene;
+}
+
+void Application::setMenu(Menu* menu) {
+  if (state_->menu == menu) return;
+  delete state_->menu.data();
+  state_->menu = menu;
+  if (menu) connect(menu, &QObject::destroyed, this, &Application::menuChanged);
+  Q_EMIT menuChanged();
+}
+
+Menu* Application::menu() const {
+  return state_ ? state_->menu : nullptr;
+}
+
+Window* Application::mainWindow() const {
+  return state_->main_window.get();
+}
+
+QQmlEngine* Application::engine() const {
+  return state_->engine.get();
+}
+
+QQuickWindow* Application::desktopWindow() const {
+  return state_->desktop_window.get();
+}
+
+QQuickItem* Application::display() const {
+  return state_->display;
+}
+
+QImage Application::readDisplay() const {
+  const QSharedPointer<QQuickItemGrabResult> result = display()->grabToImage(display_size());
+  if (!result) return {};
+  // The item is drawn into its own image together with the window's next frame, which this asks for.
+  desktopWindow()->grabWindow();
+  return result->image().convertToFormat(QImage::Format_ARGB32);
+}
+
+void Application::bringToFront() {
+  state_->desktop_window->bring_to_front();
+}
+
+}  // namespace bb::cascades

@@ -1,0 +1,45 @@
+#include "platform/cascades/graphics.h"
+
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+
+namespace handset {
+
+namespace {
+
+/// Drawn by the CPU: the software scene graph does the same with less memory and fewer threads.
+bool is_rasterizer(const QByteArray& renderer) {
+  for (const char* name : {"llvmpipe", "softpipe", "swrast", "Software Rasterizer", "SwiftShader"}) {
+    if (renderer.contains(name)) return true;
+  }
+  return renderer.isEmpty();
+}
+
+bool has_gpu() {
+  QOpenGLContext context;
+  if (!context.create()) return false;
+  QOffscreenSurface surface;
+  surface.setFormat(context.format());
+  surface.create();
+  if (!surface.isValid() || !context.makeCurrent(&surface)) return false;
+  const auto* renderer = reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
+  const bool usable = !is_rasterizer(renderer);
+  context.doneCurrent();
+  return usable;
+}
+
+}  // namespace
+
+void choose_graphics() {
+  if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND")) return;
+  // The probe's warnings say what the outcome says: there is no GPU to use.
+  const QtMessageHandler handler = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+  const bool gpu = has_gpu();
+  qInstallMessageHandler(handler);
+  if (!gpu) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+}  // namespace handset

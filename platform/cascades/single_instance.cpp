@@ -1,0 +1,89 @@
+#include "platform/cascades/single_instance.h"
+
+#include <unistd.h>
+
+#include <QCryptographicHash>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QLocalSocket>
+#include <QLockFile>
+#include <QThread>
+#include <cstdio>
+
+namespace handset {
+
+namespace {
+
+constexpr int patience_ms = 3000;
+constexpr char token_variable[] = "XDG_ACTIVATION_TOKEN";
+
+/// Beside other programs' sockets, or in the temporary folder where the user has no folder for them.
+QString base_name(const QString& sandbox) {
+  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  const QString folder = !runtime.isEmpty() && QDir(runtime).exists() ? runtime : QDir::tempPath();
+  const QByteArray key = QCryptographicHash::hash(sandbox.toUtf8(), QCryptographicHash::Sha1).toHex().left(12);
+  return QStringLiteral("%1/morvane-%2-%3").arg(folder).arg(getuid()).arg(QString::fromLatin1(key));
+}
+
+/// Gives the running process what the desktop gave to this one for coming to the front.
+/// @return it has answered
+bool ask_to_come_forward(const QString& name) {
+  QLocalSocket socket;
+  socket.connectToServer(name);
+  if (!socket.waitForConnected(patience_ms)) return false;
+  socket.write(qgetenv(token_variable) + '\n');
+  return socket.waitForBytesWritten(patience_ms) && socket.waitForReadyRead(patience_ms);
+}
+
+}  // namespace
+
+SingleInstance::SingleInstance(const QString& sandbox, QObject* parent) : QObject(parent) {
+  const QString base = base_name(sandbox);
+  lock_ = std::make_unique<QLockFile>(base + QStringLiteral(".lock"));
+  lock_->setStaleLockTime(0);
+  const QString socket = base + QStringLiteral(".socket");
+  QDeadlineTimer deadline(patience_ms);
+  // The one with the lock may not listen yet, or may end just now.
+  do {
+    if (lock_->tryLock(0)) {
+      first_ = true;
+      take_place(socket);
+      return;
+    }
+    if (lock_->error() != QLockFile::LockFailedError) {
+      std::fprintf(stderr, "cannot lock %s.lock: a second start will not find this one\n", qUtf8Printable(base));
+      first_ = true;
+      return;
+    }
+    if (ask_to_come_forward(socket)) return;
+    QThread::msleep(50);
+  } while (!deadline.hasExpired());
+  std::fputs("Morvane runs already, but does not answer\n", stderr);
+}
+
+SingleInstance::~SingleInstance() = default;
+
+void SingleInstance::take_place(const QString& socket) {
+  QLocalServer::removeServer(socket);
+  server_.setSocketOptions(QLocalServer::UserAccessOption);
+  connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::answer);
+  if (server_.listen(socket)) return;
+  std::fprintf(stderr, "cannot listen at %s: %s\n", qUtf8Printable(socket), qUtf8Printable(server_.errorString()));
+}
+
+void SingleInstance::answer() {
+  while (QLocalSocket* socket = server_.nextPendingConnection()) {
+    connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    const auto read = [this, socket] {
+      if (!socket->canReadLine()) return;
+      const QByteArray token = socket->readLine().trimmed();
+      if (!token.isEmpty()) qputenv(token_variable, token);
+      socket->write("\n");
+      Q_EMIT activation_requested();
+    };
+    connect(socket, &QLocalSocket::readyRead, this, read);
+    read();
+  }
+}
+
+}  // namespace handset
