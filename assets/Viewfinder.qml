@@ -25,9 +25,9 @@ Item {
         objectName: "cameraContainer"
         anchors.fill: parent
         onChildrenChanged: {
-            for (const child of children) {
-                if (child !== contentItem)
-                    window = child;
+            for (let i = 0; i < children.length; ++i) {
+                if (children[i] !== contentItem)
+                    window = children[i];
             }
         }
     }

@@ -20,8 +20,8 @@ State.Container {
     }
 
     onChildrenChanged: {
-        for (const child of children)
-            fit(child);
+        for (let i = 0; i < children.length; ++i)
+            fit(children[i]);
     }
 
     Item {
