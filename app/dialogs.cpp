@@ -61,7 +61,10 @@ void tarnelApp::do_help() {
       delete document;
       return;
     }
-    connect(mHelpPage, &QObject::destroyed, document, &QObject::deleteLater);
+    connect(mHelpPage, &QObject::destroyed, this, [this, page = mHelpPage, document] {
+      if (mHelpPage == page) mHelpPage = nullptr;
+      document->deleteLater();
+    });
   }
   mRoot->push(mHelpPage);
 }

@@ -1,7 +1,9 @@
+#include <QDir>
 #include <cstdio>
 #include <cstdlib>
 
 #include "app/tarnelapp.h"
+#include "platform/cascades/single_instance.h"
 #include "platform/device/sandbox.h"
 
 int main(int argc, char** argv) {
@@ -14,6 +16,10 @@ int main(int argc, char** argv) {
   if (enter_sandbox(package) != 0) return EXIT_FAILURE;
 
   bb::cascades::Application app(argc, argv);
+  const handset::SingleInstance place(QDir::currentPath());
+  if (!place.is_first()) return EXIT_SUCCESS;
+  QObject::connect(&place, &handset::SingleInstance::activation_requested, &app,
+                   &bb::cascades::Application::bringToFront);
   new tarnelApp(&app);
   return app.exec();
 }

@@ -112,6 +112,10 @@ tarnelApp::~tarnelApp() {
   delete_and_clear(mSettingsSheet);
   delete_and_clear(mHelpPage);
   delete_and_clear(mFilePicker);
+  // The pages go while what they are bound to is still there, and with nothing of them left to reach.
+  mRoot = nullptr;
+  find_controls();
+  qDeleteAll(findChildren<cascades::QmlDocument*>(Qt::FindDirectChildrenOnly));
 }
 
 void tarnelApp::create_invoke_manager() {

@@ -138,6 +138,8 @@ class tarnelApp : public QObject {
   /// settings is refused with one line on the error stream, and the overlay stays.
   /// @return false when it was refused
   bool load_logo(const char* path);
+  /// Stops drawing the overlay and remembers in mSavedOverlayEnabled whether it was drawn.
+  void suspend_overlay();
   void open_file_picker(int unused);
   // stamp_slots.cpp
   void load_datetime_template();
@@ -258,7 +260,6 @@ class tarnelApp : public QObject {
   void close_mixer();
 
   // overlay_slots.cpp
-  void suspend_overlay();
   void replace_overlay(const char* path, bool fill_frame);
   bool wants_resize(const char* path);
   void build_overlay();
