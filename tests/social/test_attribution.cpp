@@ -2,11 +2,10 @@
 
 #include <QElapsedTimer>
 #include <QNetworkReply>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 
 #include "social/attribution.h"
+#include "tests/social/loopback_server.h"
 
 using namespace std::chrono_literals;
 
@@ -21,36 +20,8 @@ constexpr const char* touch_path =
     "3062&device_ua=Mozilla%2F5.0%20%28BB10%3B%20Touch%29%20AppleWebKit%2F537.35%2B%20%28KHTML%2C%20like%20Gecko%29%"
     "20Version%2F10.2.1.3062%20Mobile%20Safari%2F537.35%2B&device_id_type=udid";
 
-/// A server on the loopback that keeps what it is asked and gives one answer to everything.
-class Server : public QTcpServer {
- public:
-  enum Ending { Closes, StaysOpen };
-  explicit Server(const QByteArray& answer, Ending ending = Closes) {
-    if (!listen(QHostAddress::LocalHost)) ADD_FAILURE() << "cannot listen";
-    connect(this, &QTcpServer::newConnection, this, [this, answer, ending] {
-      QTcpSocket* const socket = nextPendingConnection();
-      ++connections;
-      connect(socket, &QTcpSocket::readyRead, this, [this, socket, answer, ending] {
-        request += socket->readAll();
-        if (!request.contains("\r\n\r\n") || answer.isEmpty()) return;
-        socket->write(answer);
-        if (ending == Closes) socket->disconnectFromHost();
-      });
-    });
-  }
-  QByteArray host() const { return "127.0.0.1:" + QByteArray::number(serverPort()); }
-
-  QByteArray request;
-  int connections = 0;
-};
-
-QByteArray answer(const char* status, const QByteArray& body, const QByteArray& headers = {}) {
-  return QByteArray("HTTP/1.1 ") + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" +
-         headers + "\r\n" + body;
-}
-
 /// Whether a report is confirmed by the server. The reply has to end by itself.
-bool confirmed_by(const Server& server, std::chrono::milliseconds limit = attribution_time_limit,
+bool confirmed_by(const LoopbackServer& server, std::chrono::milliseconds limit = attribution_time_limit,
                   const attribution_report_s& report = touch_report()) {
   QNetworkAccessManager manager;
   QNetworkReply* const reply = send_report(manager, attribution_url(server.host(), report), limit);
@@ -58,12 +29,8 @@ bool confirmed_by(const Server& server, std::chrono::milliseconds limit = attrib
   return confirms_report(*reply);
 }
 
-QByteArray first_line(const QByteArray& request) {
-  return request.left(request.indexOf("\r\n"));
-}
-
 TEST(Attribution, TheRequestOnTheWire) {
-  const Server touch(answer("200 OK", "success"));
+  const LoopbackServer touch(http_answer("200 OK", "success"));
   EXPECT_TRUE(confirmed_by(touch));
   EXPECT_EQ(first_line(touch.request), QByteArray("GET ") + touch_path + " HTTP/1.1");
   EXPECT_TRUE(touch.request.contains("\r\nHost: " + touch.host() + "\r\n")) << touch.request.constData();
@@ -71,7 +38,7 @@ TEST(Attribution, TheRequestOnTheWire) {
   EXPECT_TRUE(touch.request.endsWith("\r\n\r\n")) << "no body";
   EXPECT_EQ(touch.connections, 1);
 
-  const Server keyboard(answer("200 OK", "success"));
+  const LoopbackServer keyboard(http_answer("200 OK", "success"));
   attribution_report_s report = touch_report();
   report.keyboard = true;
   report.local_ip.clear();
@@ -99,30 +66,30 @@ TEST(Attribution, ThePinHasNoPrefixAndCapitals) {
 
 TEST(Attribution, OnlyTheWordCounts) {
   const QByteArray page = QByteArray(30000, '.') + "{\"status\":\"unsuccessful\"}" + QByteArray(30000, '.');
-  EXPECT_TRUE(confirmed_by(Server(answer("200 OK", page))));
-  EXPECT_TRUE(confirmed_by(Server(answer("500 Internal Server Error", "no success today"))));
-  EXPECT_TRUE(confirmed_by(Server("HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\nsuccess, then silence")));
-  EXPECT_FALSE(confirmed_by(Server(answer("200 OK", "SUCCESS Success succes"))));
-  EXPECT_FALSE(confirmed_by(Server(answer("200 OK", "", "X-Answer: success\r\n"))));
-  EXPECT_FALSE(confirmed_by(Server("success\r\n\r\n"))) << "not HTTP";
+  EXPECT_TRUE(confirmed_by(LoopbackServer(http_answer("200 OK", page))));
+  EXPECT_TRUE(confirmed_by(LoopbackServer(http_answer("500 Internal Server Error", "no success today"))));
+  EXPECT_TRUE(confirmed_by(LoopbackServer("HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\nsuccess, then silence")));
+  EXPECT_FALSE(confirmed_by(LoopbackServer(http_answer("200 OK", "SUCCESS Success succes"))));
+  EXPECT_FALSE(confirmed_by(LoopbackServer(http_answer("200 OK", "", "X-Answer: success\r\n"))));
+  EXPECT_FALSE(confirmed_by(LoopbackServer("success\r\n\r\n"))) << "not HTTP";
 }
 
 TEST(Attribution, ALongAnswerIsReadToItsLimit) {
   const QByteArray filler(attribution_body_limit - 7, '.');
-  EXPECT_TRUE(confirmed_by(Server(answer("200 OK", filler + "success"))));
-  EXPECT_FALSE(confirmed_by(Server(answer("200 OK", filler + ".success"))));
+  EXPECT_TRUE(confirmed_by(LoopbackServer(http_answer("200 OK", filler + "success"))));
+  EXPECT_FALSE(confirmed_by(LoopbackServer(http_answer("200 OK", filler + ".success"))));
   const QByteArray flood(32 << 20, '.');
-  EXPECT_FALSE(confirmed_by(Server(answer("200 OK", flood + "success"))));
-  EXPECT_TRUE(confirmed_by(Server(answer("200 OK", "success" + flood))));
+  EXPECT_FALSE(confirmed_by(LoopbackServer(http_answer("200 OK", flood + "success"))));
+  EXPECT_TRUE(confirmed_by(LoopbackServer(http_answer("200 OK", "success" + flood))));
 }
 
 TEST(Attribution, EndsWhenNobodyAnswers) {
   QElapsedTimer clock;
   clock.start();
-  const Server silent("");
+  const LoopbackServer silent("");
   EXPECT_FALSE(confirmed_by(silent, 300ms));
   EXPECT_EQ(silent.connections, 1);
-  EXPECT_FALSE(confirmed_by(Server("HTTP/1.1 200 OK\r\n\r\nsuccess", Server::StaysOpen), 300ms))
+  EXPECT_FALSE(confirmed_by(LoopbackServer("HTTP/1.1 200 OK\r\n\r\nsuccess", LoopbackServer::StaysOpen), 300ms))
       << "not the whole body";
   EXPECT_LT(clock.elapsed(), 5000);
 
@@ -133,8 +100,8 @@ TEST(Attribution, EndsWhenNobodyAnswers) {
 }
 
 TEST(Attribution, IsNotSentElsewhere) {
-  const Server other(answer("200 OK", "success"));
-  const Server first(answer("302 Found", "moved", "Location: http://" + other.host() + "/\r\n"));
+  const LoopbackServer other(http_answer("200 OK", "success"));
+  const LoopbackServer first(http_answer("302 Found", "moved", "Location: http://" + other.host() + "/\r\n"));
   EXPECT_FALSE(confirmed_by(first));
   EXPECT_EQ(first.connections, 1);
   EXPECT_EQ(other.connections, 0);
