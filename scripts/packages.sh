@@ -1,16 +1,26 @@
 # Which packages of the distribution the project needs, and installing what is missing. Sourced.
 
-# To build and to run.
-build_packages="g++ cmake ninja-build pkg-config
-  libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libhwy-dev libyuv-dev zlib1g-dev
-  qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev fonts-dejavu-core
+# To run: what the program loads by itself, so that no library it is linked with brings it.
+run_packages="fonts-dejavu-core qt6-wayland qml6-module-qt-labs-folderlistmodel
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
-  qml6-module-qtquick-templates qml6-module-qtquick-window qml6-module-qtqml-workerscript qt6-wayland
+  qml6-module-qtquick-templates qml6-module-qtquick-window qml6-module-qtqml-workerscript
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
   gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-pipewire gstreamer1.0-alsa gstreamer1.0-pulseaudio"
 
+# To build and to run.
+build_packages="g++ cmake ninja-build pkg-config
+  libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libhwy-dev libyuv-dev zlib1g-dev
+  qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev $run_packages"
+
 # To test: the frameworks, a second opinion on the films, a camera without hardware.
-test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools"
+test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools
+  desktop-file-utils appstream"
+
+# To make a package of the program.
+deb_packages="dpkg-dev file"
+
+# To make the README's pictures.
+screenshot_packages="xvfb xdotool ffmpeg"
 
 # For benchmarks: real footage.
 bench_packages="forensics-samples-files"
