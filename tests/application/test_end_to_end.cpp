@@ -1,0 +1,363 @@
+// The program as it is used: its pages in its window, the camera service on the built-in scene, films that are decoded.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <QQuickWindow>
+#include <QTimer>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <random>
+#include <set>
+
+#include "app/tarnelapp.h"
+#include "engine/filter_thread.h"
+#include "engine/overlay.h"
+#include "platform/cascades/stage.h"
+#include "platform/device/sandbox.h"
+#include "tests/application/finger.h"
+#include "tests/support/film.h"
+#include "tests/support/temp_dir.h"
+
+namespace cascades = bb::cascades;
+namespace fs = std::filesystem;
+using cascades::Application;
+
+namespace {
+
+constexpr int patience_ms = 30000;
+
+/// A user of the tests' own, and the application that lives as long as the tests do.
+class Surroundings : public testing::Environment {
+ public:
+  void SetUp() override {
+    for (const char* const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
+      setenv(name, home_.file(name).c_str(), 1);
+    }
+    setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
+    setenv("HOME", home_.path().c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_QUICK_BACKEND", "software", 1);
+    fs::create_directories(home_.file("XDG_CONFIG_HOME/morvane"));
+    write_file(home_.file("XDG_CONFIG_HOME/morvane/device.ini"),
+               "[camera]\nrear = scene\nfront = scene\nmicrophone = none\n");
+    ASSERT_EQ(enter_sandbox(MORVANE_PACKAGE_DIR), 0);
+    application_ = std::make_unique<Application>(argc_, argv_);
+  }
+  void TearDown() override { application_.reset(); }
+
+ private:
+  const TempDir home_;
+  int argc_ = 1;
+  char name_[8] = "morvane";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<Application> application_;
+};
+
+// Owned by GoogleTest.
+[[maybe_unused]] testing::Environment* const surroundings = testing::AddGlobalTestEnvironment(new Surroundings);
+
+bool wait_until(const std::function<bool()>& condition) {
+  QElapsedTimer clock;
+  clock.start();
+  while (!condition()) {
+    if (clock.elapsed() > patience_ms) return false;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    usleep(1000);
+  }
+  return true;
+}
+
+void wait_for(int milliseconds) {
+  QEventLoop loop;
+  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
+std::vector<fs::path> films() {
+  std::vector<fs::path> found;
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(camera_roll_dir(), error)) {
+    if (entry.path().extension() == ".mp4") found.push_back(entry.path());
+  }
+  return found;
+}
+
+class EndToEnd : public testing::Test {
+ protected:
+  EndToEnd() {
+    PrefsRecord settings = default_settings();
+    settings.rearResolutionIndex = 0;
+    settings.firstRunHintShown = 1;
+    settings.installRegistered = 1;
+    settings.shutterSound = 0;
+    ::save_settings(prefs_path, settings);
+    fs::remove_all(camera_roll_dir());
+    start();
+  }
+
+  void start() {
+    app = std::make_unique<tarnelApp>(Application::instance());
+    ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); })) << "no picture";
+  }
+
+  /// Waits until what slides in has come to rest.
+  static void wait_for_rest(const QQuickItem* item) {
+    QPointF before;
+    ASSERT_TRUE(wait_until([&] {
+      const QPointF now = item->mapToScene({0, 0});
+      if (now == before) return true;
+      before = now;
+      wait_for(60);
+      return false;
+    }));
+  }
+  void tap_button(const QString& text) const {
+    ASSERT_TRUE(wait_until([&] { return finger::button(text) != nullptr; })) << text.toStdString();
+    QQuickItem* const button = finger::button(text);
+    wait_for_rest(button);
+    finger::tap(button);
+  }
+  void tap_control(const char* name) const {
+    auto* const item = app->control<QQuickItem>(name);
+    ASSERT_TRUE(item && item->isVisible()) << name;
+    finger::tap(item);
+  }
+  /// Opens the action menu and taps two rows.
+  void pick(const QString& row, const QString& choice) const {
+    tap_control("menuIconImgButton");
+    tap_button(row);
+    tap_button(choice);
+    EXPECT_EQ(app->mMenuMode, menu_closed);
+  }
+  void choose(const char* field, const QString& option) const {
+    auto* const box = app->mSettingsSheet->findChild<cascades::DropDown*>(QLatin1String(field));
+    ASSERT_TRUE(box) << field;
+    const qsizetype row = box->options().indexOf(option);
+    ASSERT_GE(row, 0) << option.toStdString();
+    wait_for_rest(box);
+    finger::tap(box->mapToScene({box->width() / 2, box->height() - 20}));
+    tap_button(option);
+    EXPECT_EQ(box->selectedIndex(), row);
+    wait_for(50);  // the list goes away by itself
+  }
+  void keep_picture(const char* name) const {
+    if (const char* const folder = std::getenv("MORVANE_TEST_PICTURES")) {
+      Application::instance()->readDisplay().save(QString::fromUtf8(folder) + '/' + QString::fromUtf8(name));
+    }
+  }
+
+  std::unique_ptr<tarnelApp> app;
+};
+
+/// One 2x2 block of an overlay that hides the frame, in the frame's coordinates.
+struct Block {
+  int x, y;
+  std::uint8_t luma, u, v;
+};
+
+/// Blocks of an overlay that are opaque and of one luma, with neighbours like them: an encoder keeps those.
+std::vector<Block> solid_blocks(const logo_image_s& overlay) {
+  std::vector<Block> blocks;
+  const auto solid = [&](int x, int y) {
+    const std::size_t at = static_cast<std::size_t>(y * overlay.width + x);
+    const int spread = std::abs(overlay.luma[at] - overlay.luma[at + 1]);
+    return overlay.chroma_alpha[y / 2 * (overlay.width / 2) + x / 2] == 255 && spread < 8;
+  };
+  for (int y = 2; y + 4 < overlay.height; y += 2) {
+    for (int x = 2; x + 4 < overlay.width; x += 2) {
+      if (!solid(x, y) || !solid(x - 2, y) || !solid(x + 2, y) || !solid(x, y - 2) || !solid(x, y + 2)) continue;
+      const std::uint8_t* const pair = overlay.chroma + y / 2 * overlay.width + x;
+      blocks.push_back({overlay.x + x, overlay.y + y, overlay.luma[y * overlay.width + x], pair[0], pair[1]});
+    }
+  }
+  return blocks;
+}
+
+/// Share of the blocks that a picture shows.
+double share_shown(const film::Picture& picture, const std::vector<Block>& blocks, bool with_color) {
+  std::size_t shown = 0;
+  for (const Block& block : blocks) {
+    const bool luma = std::abs(picture.y(block.x, block.y) - block.luma) < 24;
+    const bool color =
+        std::abs(picture.u(block.x, block.y) - block.u) < 16 && std::abs(picture.v(block.x, block.y) - block.v) < 16;
+    if (luma && (color || !with_color)) ++shown;
+  }
+  return blocks.empty() ? 0 : static_cast<double>(shown) / static_cast<double>(blocks.size());
+}
+
+TEST_F(EndToEnd, FilterTextureAndStampAreInTheFilmAndTheChoicesStay) {
+  pick("Screen Size", "960 x 540");
+  ASSERT_TRUE(wait_until([] { return _screen_wid == 960; }));
+  pick("Color Filters", "Sepia");
+  EXPECT_EQ(_cur_camera_filter, 5);
+  pick("Default Textures", "Frame");
+  ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
+
+  finger::type(Qt::Key_Comma, Qt::ControlModifier);
+  ASSERT_TRUE(wait_until([&] { return app->mSettingsSheet && app->mSettingsSheet->isOpened(); }));
+  EXPECT_FALSE(logo_image.enabled);
+  choose("timeformatDropdown", "DD-MM-YYYY");
+  choose("colorDropdown", "White");
+  choose("positionDropdown", "Middle");
+  keep_picture("settings.png");
+  tap_button("Save");
+  EXPECT_FALSE(app->mSettingsSheet->isOpened());
+  ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
+  ASSERT_TRUE(datetime_image.enabled);
+
+  EXPECT_FALSE(app->control<QQuickItem>("playContainer")->isVisible());
+  tap_control("imgbut_record_stop");
+  ASSERT_TRUE(wait_until([&] { return app->mVideoFd != -1; }));
+  EXPECT_TRUE(app->control<QQuickItem>("RecordContainer")->isVisible());
+  wait_for(3200);
+  EXPECT_EQ(app->mRecordLabel->text(), "00:03");
+  keep_picture("recording.png");
+  const std::vector<Block> texture = solid_blocks(logo_image), stamp = solid_blocks(datetime_image);
+  tap_control("imgbut_record_stop");
+  EXPECT_EQ(app->mVideoFd, -1);
+  EXPECT_TRUE(app->control<QQuickItem>("playContainer")->isVisible());
+
+  const std::string path = app->mSettings.lastVideoPath;
+  const film::Film film = film::play(path);
+  EXPECT_EQ(film.error, "");
+  ASSERT_GT(film.pictures.size(), 30U);
+  ASSERT_GT(texture.size(), 50U);
+  ASSERT_GT(stamp.size(), 20U);
+  for (const std::size_t at : {film.pictures.size() / 3, film.pictures.size() - 2}) {
+    const film::Picture& picture = film.pictures[at];
+    EXPECT_EQ(picture.width, 960);
+    EXPECT_EQ(picture.height, 540);
+    for (const int x : {300, 400, 600}) {  // where nothing lies over the picture but the texture's transparent middle
+      EXPECT_NEAR(picture.u(x, 200), 109, 4) << x;
+      EXPECT_NEAR(picture.v(x, 200), 139, 4) << x;
+    }
+    EXPECT_GT(share_shown(picture, texture, true), 0.9);
+    EXPECT_GT(share_shown(picture, stamp, false), 0.9);
+  }
+
+  app.reset();
+  start();
+  EXPECT_EQ(_screen_wid, 960);
+  EXPECT_EQ(app->mSettings.timeFormat, 6);
+  EXPECT_EQ(app->mSettings.timeColor, 5);
+  EXPECT_EQ(app->mSettings.timePosition, 2);
+  EXPECT_EQ(app->mSettings.lastVideoPath, path);
+  EXPECT_TRUE(datetime_image.enabled);
+  EXPECT_FALSE(logo_image.enabled);
+  EXPECT_TRUE(app->control<QQuickItem>("playContainer")->isVisible());
+  EXPECT_EQ(app->control<cascades::Label>("screensize")->text(), "960 x 540");
+}
+
+/// Uses whatever is on the screen, at random, from the event loop, dialogs and cards included.
+class Monkey {
+ public:
+  Monkey(tarnelApp& app, int seconds) : app_(app) {
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { act(); });
+    timer_.start(15);
+    QTimer::singleShot(seconds * 1000, &timer_, &QCoreApplication::quit);
+  }
+
+  /// @return whether a recording is under way
+  bool note_film() {
+    const bool recording = app_.mVideoFd != -1;
+    if (recording) recorded_.insert(app_.mSettings.lastVideoPath);
+    return recording;
+  }
+
+  int actions() const { return actions_; }
+  const std::set<int>& menu_modes() const { return menu_modes_; }
+  const std::set<std::string>& tapped() const { return tapped_; }
+  const std::set<std::string>& recorded() const { return recorded_; }
+
+ private:
+  int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
+
+  QPointF anywhere() {
+    const QQuickWindow* const window = Application::instance()->desktopWindow();
+    return QPointF(below(window->width()), below(window->height()));
+  }
+
+  void tap_something() {
+    const std::vector<QQuickItem*> targets = finger::targets();
+    if (targets.empty()) return;
+    QQuickItem* const target = targets[random_() % targets.size()];
+    tapped_.insert((target->property("text").toString() + '/' + target->parentItem()->objectName()).toStdString());
+    finger::tap(target);
+  }
+
+  void press_something() {
+    struct Press {
+      Qt::Key key;
+      Qt::KeyboardModifiers modifiers = Qt::NoModifier;
+    };
+    static constexpr Press presses[] = {{Qt::Key_Escape},
+                                        {Qt::Key_Return},
+                                        {Qt::Key_Tab},
+                                        {Qt::Key_Up},
+                                        {Qt::Key_Down},
+                                        {Qt::Key_Left},
+                                        {Qt::Key_Right},
+                                        {Qt::Key_M},
+                                        {Qt::Key_F1},
+                                        {Qt::Key_F10},
+                                        {Qt::Key_Backspace},
+                                        {Qt::Key_Comma, Qt::ControlModifier},
+                                        {Qt::Key_Left, Qt::ControlModifier},
+                                        {Qt::Key_Right, Qt::ControlModifier}};
+    const Press& press = presses[below(int{std::size(presses)})];
+    finger::type(press.key, press.modifiers);
+  }
+
+  void act() {
+    ++actions_;
+    menu_modes_.insert(app_.mMenuMode);
+    const bool recording = note_film();
+    const int choice = below(100);
+    if (!recording && choice < 30) {
+      app_.onStartStopRecording();
+    } else if (choice < 70) {
+      tap_something();
+    } else if (choice < 90) {
+      press_something();
+    } else if (choice < 95) {
+      finger::tap(anywhere());
+    } else {
+      finger::pinch(anywhere(), below(5) - 2);
+    }
+  }
+
+  tarnelApp& app_;
+  QTimer timer_;
+  std::mt19937 random_{20261116};
+  int actions_ = 0;
+  std::set<int> menu_modes_;
+  std::set<std::string> tapped_, recorded_;
+};
+
+/// MORVANE_MONKEY_SECONDS lengthens it.
+TEST_F(EndToEnd, WhateverIsTappedWhileRecordingNoFilmIsLost) {
+  const char* const wanted = std::getenv("MORVANE_MONKEY_SECONDS");
+  const int seconds = wanted ? std::atoi(wanted) : 20;
+  Monkey monkey(*app, seconds);
+  QCoreApplication::exec();
+  monkey.note_film();
+  keep_picture("monkey.png");
+  app.reset();
+  RecordProperty("actions", monkey.actions());
+  std::printf("%d actions on %zu controls, %zu films\n", monkey.actions(), monkey.tapped().size(),
+              monkey.recorded().size());
+  EXPECT_GT(monkey.tapped().size(), 20U);
+  EXPECT_GE(monkey.menu_modes().size(), 5U);
+  EXPECT_FALSE(monkey.recorded().empty());
+  for (const std::string& path : monkey.recorded()) {
+    const film::Film film = film::play(path);
+    EXPECT_EQ(film.error, "") << path;
+    EXPECT_FALSE(film.pictures.empty()) << path;
+  }
+  EXPECT_EQ(films().size(), monkey.recorded().size());
+}
+
+}  // namespace
