@@ -12,20 +12,10 @@ Sheet {
         id: page
 
         title: qsTr("Settings")
-        Keys.onEscapePressed: _mainApp.cancelSettings()
-        Keys.onBackPressed: _mainApp.cancelSettings()
-
-        SettingsBar {
-            id: bar
-            width: parent.width
-            title: page.title
-            onCancelClicked: _mainApp.cancelSettings()
-            onSaveClicked: _mainApp.saveSettings()
-        }
 
         ScrollView {
-            anchors.top: bar.bottom
-            anchors.bottom: parent.bottom
+            anchors.top: parent.top
+            anchors.bottom: actions.top
             width: parent.width
 
             SettingsGroup {
@@ -120,6 +110,14 @@ Sheet {
                     text: qsTr("Sound at the start and end of a recording")
                 }
             }
+        }
+
+        SettingsActions {
+            id: actions
+            anchors.bottom: parent.bottom
+            width: parent.width
+            onCancelClicked: _mainApp.cancelSettings()
+            onSaveClicked: _mainApp.saveSettings()
         }
     }
 }

@@ -36,7 +36,7 @@ Item {
             x: Theme.spacing
             y: Theme.spacing
             width: parent.width - 2 * x
-            spacing: Theme.spacing
+            spacing: Theme.spacing * 1.5
         }
     }
 }

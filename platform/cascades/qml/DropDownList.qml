@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick as Quick
 import QtQuick.Templates as T
 import bb.cascades 1.0
+import bb.cascades.state 1.0 as State
 
 // The choices of a drop-down, over the page: below the field where there is room, above it where there is more, and
 // always inside its parent. Goes away by itself.
@@ -50,12 +51,9 @@ FocusScope {
         anchors.fill: parent
         color: Theme.scrim
 
-        MouseArea {
+        State.Shield {
             anchors.fill: parent
-            hoverEnabled: true
-            acceptedButtons: Qt.AllButtons
-            onClicked: popup.close()
-            onWheel: wheel => wheel.accepted = true
+            onTapped: popup.close()
         }
     }
 

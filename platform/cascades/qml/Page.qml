@@ -17,18 +17,18 @@ State.Page {
     // Has the keyboard when no control has it. Keys that no control takes come to the page.
     property Item home: resting
 
+    // Takes it from this page's controls and from other pages, but not from a sheet or a dialog over them.
     function takeFocus() {
-        home.forceActiveFocus(Qt.OtherFocusReason);
+        home.focus = true;
+        scope.focus = true;
     }
 
     width: parent ? parent.width : 0
     height: parent ? parent.height : 0
     // What lies under another page must not be reached by Tab or by a click that the upper page leaves alone.
     enabled: onTop
-    onOnTopChanged: if (onTop && Window.window) takeFocus()
+    onOnTopChanged: if (onTop) takeFocus()
     onPushedChanged: if (pushed) titled = true
-    onVisibleChanged: if (visible && onTop && Window.window) takeFocus()
-    Window.onWindowChanged: if (Window.window && visible && onTop) takeFocus()
 
     Accessible.role: Accessible.Pane
     Accessible.name: title
@@ -37,14 +37,13 @@ State.Page {
         anchors.fill: parent
         color: Theme.background
 
-        MouseArea {
+        State.Shield {
             anchors.fill: parent
-            acceptedButtons: Qt.AllButtons
-            hoverEnabled: true
         }
     }
 
     FocusScope {
+        id: scope
         anchors.fill: parent
         focus: true
 
