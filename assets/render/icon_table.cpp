@@ -23,8 +23,6 @@ constexpr Icon table[] = {
     {"ic_invite", "invite"},
     {"icon_camera", "camera"},
     {"ic_screenrecord_normal", "screen_record"},
-    {"ic_back", "back"},
-    {"ic_close", "close"},
     // Main level of the action menu.
     {"icon_filter", "filter"},
     {"icon_open", "open"},
@@ -70,8 +68,6 @@ constexpr Icon table[] = {
     {.name = "icon_rec_lightoff", .glyph = "bulb", .ground = "disc", .crossed = true},
     button("ic_play", "play"),
     pressedButton("ic_play_pressed", "play"),
-    button("ic_pause", "pause"),
-    pressedButton("ic_pause_pressed", "pause"),
     button("ic_stop_normal", "stop"),
     pressedButton("ic_stop_selected", "stop"),
 };
