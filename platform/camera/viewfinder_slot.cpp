@@ -1,6 +1,7 @@
 #include "platform/camera/viewfinder_slot.h"
 
 #include <map>
+#include <utility>
 
 namespace handset {
 
@@ -9,10 +10,10 @@ void ViewfinderSlot::post(const Frame& frame) {
   {
     const std::lock_guard lock(mutex_);
     std::swap(frame_, old);
-    ++serial_;
+    ++status_.posted;
+    status_.picture = true;
   }
-  const std::lock_guard lock(listener_mutex_);
-  if (listener_) listener_();
+  tell();
 }
 
 void ViewfinderSlot::clear() {
@@ -20,20 +21,55 @@ void ViewfinderSlot::clear() {
   {
     const std::lock_guard lock(mutex_);
     std::swap(frame_, old);
+    ++status_.cleared;
+    status_.picture = false;
   }
-  const std::lock_guard lock(listener_mutex_);
-  if (listener_) listener_();
+  tell();
 }
 
 Frame ViewfinderSlot::latest(std::uint64_t* serial) const {
   const std::lock_guard lock(mutex_);
-  if (serial != nullptr) *serial = serial_;
+  if (serial != nullptr) *serial = status_.posted;
   return frame_.share();
+}
+
+ViewfinderStatus ViewfinderSlot::status() const {
+  const std::lock_guard lock(mutex_);
+  return status_;
+}
+
+void ViewfinderSlot::set_rotation(int degrees) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(status_.rotation, degrees) == degrees) return;
+  }
+  tell();
+}
+
+void ViewfinderSlot::set_notice(std::string text) {
+  {
+    const std::lock_guard lock(mutex_);
+    std::swap(status_.notice, text);
+  }
+  tell();
+}
+
+void ViewfinderSlot::set_hint(std::string text) {
+  {
+    const std::lock_guard lock(mutex_);
+    std::swap(status_.hint, text);
+  }
+  tell();
 }
 
 void ViewfinderSlot::set_listener(std::function<void()> listener) {
   const std::lock_guard lock(listener_mutex_);
   listener_ = std::move(listener);
+}
+
+void ViewfinderSlot::tell() {
+  const std::lock_guard lock(listener_mutex_);
+  if (listener_) listener_();
 }
 
 std::shared_ptr<ViewfinderSlot> viewfinder_slot(const std::string& group, const std::string& id) {

@@ -9,8 +9,18 @@
 
 namespace handset {
 
+/// What there is to show besides the picture itself.
+struct ViewfinderStatus {
+  std::uint64_t posted = 0;   ///< frames so far
+  std::uint64_t cleared = 0;  ///< producers that have closed so far
+  bool picture = false;       ///< there is a frame
+  int rotation = 0;           ///< of the viewfinder stream: degrees by which the picture is to be turned clockwise
+  std::string notice;         ///< to stand over the picture, or where none is; empty for nothing
+  std::string hint;           ///< to stand there for the first seconds of the picture
+};
+
 /// Where a camera posts its finished frames for the screen: keeps the newest one. A window that shows
-/// a slow screen skips frames; it never holds the camera up.
+/// a slow screen skips frames; it never holds the camera up. Any thread.
 class ViewfinderSlot {
  public:
   /// Replaces the newest frame and tells the listener. Any thread; allocates nothing.
@@ -19,15 +29,24 @@ class ViewfinderSlot {
   void clear();
   /// The newest frame, or an empty one. @param serial receives how many were posted so far
   Frame latest(std::uint64_t* serial = nullptr) const;
-  /// Called after each post and clear, on the posting thread; it must neither block nor call back
+  ViewfinderStatus status() const;
+
+  /// These outlive a clear(). The frames are as they are: neither text nor rotation gets into a film.
+  void set_rotation(int degrees);
+  void set_notice(std::string text);
+  void set_hint(std::string text);
+
+  /// Called after each change, on the thread that makes it; it must neither block nor call back
   /// into this slot. An empty function removes it; when this returns no call is under way.
   void set_listener(std::function<void()> listener);
 
  private:
-  /// Guards frame_ and serial_; held for a pointer swap.
+  void tell();
+
+  /// Guards frame_ and status_; held for a pointer swap, or for copying two short texts.
   mutable std::mutex mutex_;
   Frame frame_;
-  std::uint64_t serial_ = 0;
+  ViewfinderStatus status_;
   /// Guards listener_, and is held while it runs.
   std::mutex listener_mutex_;
   std::function<void()> listener_;
