@@ -1,0 +1,283 @@
+#include "platform/system/film_player.h"
+
+#include <gst/gst.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "platform/sound/output.h"
+#include "platform/system/film_picture.h"
+
+namespace handset {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds closing_patience{100};
+constexpr std::chrono::seconds start_patience{10};
+constexpr GstClockTime tick = 100 * GST_MSECOND;
+
+/// GstPlayFlags: video and audio, without the converter that playbin would put before the picture's sink.
+constexpr int play_flags = 0x1 | 0x2 | 0x40;
+
+/// Opening anything else than a regular file may wait forever, or do things.
+std::string reason_against(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return "there is no such file";
+  return S_ISREG(status.st_mode) ? "" : "it is no file";
+}
+
+}  // namespace
+
+/// What the player and its thread share, and what belongs to the thread.
+class FilmPlayer::Run {
+ public:
+  Run(std::string path, std::shared_ptr<ViewfinderSlot> slot) : path_(std::move(path)), slot_(std::move(slot)) {}
+
+  // The player's side.
+  Status status() const;
+  void set_playing(bool playing);
+  void seek(std::int64_t position);
+  void close();
+
+  // The thread.
+  void play();
+
+ private:
+  bool build();
+  bool step();
+  bool take(GstMessage* message);
+  bool take_error(GstMessage* message);
+  bool obey();
+  void seek_now(std::int64_t position);
+  void look_at_clock();
+  void fail(const std::string& reason);
+  void wake();
+  bool seeking() const { return Clock::now() < seeking_until_; }
+
+  const std::string path_;
+  const std::shared_ptr<ViewfinderSlot> slot_;
+
+  /// Guards what follows, up to the thread's own; held while a picture or a wake-up is posted, and never during a call
+  /// into GStreamer that may wait.
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  Status status_;
+  bool playing_ = true;
+  std::int64_t wanted_position_ = -1;  ///< to seek to; -1 none
+  bool closing_ = false;
+  bool over_ = false;
+  BusPtr bus_;
+
+  // The thread's own.
+  ElementPtr pipeline_;
+  ElementPtr sound_;
+  bool silent_ = false;   ///< the sound device has failed
+  bool plays_ = true;     ///< the pipeline's own state
+  bool started_ = false;  ///< the first picture is there
+  Clock::time_point begun_ = Clock::now();
+  Clock::time_point seeking_until_{};
+};
+
+// --- the player's side ------------------------------------------------------------------------
+
+FilmPlayer::Status FilmPlayer::Run::status() const {
+  const std::lock_guard lock(mutex_);
+  return status_;
+}
+
+void FilmPlayer::Run::set_playing(bool playing) {
+  const std::lock_guard lock(mutex_);
+  playing_ = playing;
+  wake();
+}
+
+void FilmPlayer::Run::seek(std::int64_t position) {
+  const std::lock_guard lock(mutex_);
+  wanted_position_ = std::clamp<std::int64_t>(position, 0, status_.duration);
+  status_.position = wanted_position_;
+  wake();
+}
+
+void FilmPlayer::Run::close() {
+  std::unique_lock lock(mutex_);
+  closing_ = true;
+  slot_->clear();
+  wake();
+  changed_.wait_for(lock, closing_patience, [this] { return over_; });
+}
+
+/// With the mutex held.
+void FilmPlayer::Run::wake() {
+  if (bus_) gst_bus_post(bus_.get(), gst_message_new_application(nullptr, gst_structure_new_empty("wake")));
+}
+
+// --- the thread -------------------------------------------------------------------------------
+
+void FilmPlayer::Run::play() {
+  gst_init(nullptr, nullptr);
+  const std::string reason = reason_against(path_);
+  if (!reason.empty()) {
+    fail(reason);
+  } else if (build()) {
+    while (step()) {
+    }
+  }
+  if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  pipeline_.reset();
+  const std::lock_guard lock(mutex_);
+  over_ = true;
+  changed_.notify_all();
+}
+
+bool FilmPlayer::Run::build() {
+  std::string error;
+  const ElementPtr picture = make_film_picture_sink(
+      [this](const Frame& frame) {
+        const std::lock_guard lock(mutex_);
+        if (!closing_ && status_.failure.empty()) slot_->post(frame);
+      },
+      &error);
+  const std::string output = silent_ ? std::string() : sound_output();
+  sound_ = ElementPtr::adopt(gst_parse_launch(output.empty() ? "fakesink sync=true" : output.c_str(), nullptr));
+  pipeline_ = ElementPtr::adopt(gst_element_factory_make("playbin", nullptr));
+  if (!picture || !sound_ || !pipeline_) {
+    fail(error.empty() ? "GStreamer is not installed completely" : error);
+    return false;
+  }
+  const GStringPtr uri(gst_filename_to_uri(path_.c_str(), nullptr), g_free);
+  g_object_set(pipeline_.get(), "uri", uri.get(), "flags", play_flags, "video-sink", picture.get(), "audio-sink",
+               sound_.get(), nullptr);
+  {
+    const std::lock_guard lock(mutex_);
+    bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));
+    plays_ = playing_;
+  }
+  started_ = false;
+  begun_ = Clock::now();
+  gst_element_set_state(pipeline_.get(), plays_ ? GST_STATE_PLAYING : GST_STATE_PAUSED);
+  return true;
+}
+
+/// @return false when there is nothing more to do
+bool FilmPlayer::Run::step() {
+  const auto types = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS | GST_MESSAGE_ASYNC_DONE |
+                                                 GST_MESSAGE_APPLICATION);
+  const MessagePtr message = MessagePtr::adopt(gst_bus_timed_pop_filtered(bus_.get(), tick, types));
+  if (message && !take(message.get())) return false;
+  if (!started_ && Clock::now() > begun_ + start_patience) {
+    fail("it does not start");
+    return false;
+  }
+  look_at_clock();
+  return obey();
+}
+
+bool FilmPlayer::Run::take(GstMessage* message) {
+  switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_ERROR:
+      return take_error(message);
+    case GST_MESSAGE_EOS: {
+      const std::lock_guard lock(mutex_);
+      status_.ended = true;
+      return false;
+    }
+    case GST_MESSAGE_ASYNC_DONE:
+      started_ = true;
+      seeking_until_ = {};
+      return true;
+    default:
+      return true;
+  }
+}
+
+/// A sound device that fails leaves a silent film; whatever else fails is the end.
+bool FilmPlayer::Run::take_error(GstMessage* message) {
+  const bool of_sound = gst_object_has_as_ancestor(GST_MESSAGE_SRC(message), GST_OBJECT(sound_.get()));
+  if (of_sound && !silent_) {
+    silent_ = true;
+    lose_sound_output();
+    gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+    {
+      const std::lock_guard lock(mutex_);
+      if (wanted_position_ < 0 && status_.position > 0) wanted_position_ = status_.position;
+    }
+    return build();
+  }
+  GError* error = nullptr;
+  gst_message_parse_error(message, &error, nullptr);
+  fail(error->message);
+  g_error_free(error);
+  return false;
+}
+
+/// Does what the player wants by now.
+bool FilmPlayer::Run::obey() {
+  std::int64_t position = -1;
+  bool playing;
+  {
+    const std::lock_guard lock(mutex_);
+    if (closing_) return false;
+    playing = playing_;
+    if (started_ && !seeking()) position = std::exchange(wanted_position_, -1);
+  }
+  if (position >= 0) seek_now(position);
+  if (playing != plays_) {
+    plays_ = playing;
+    gst_element_set_state(pipeline_.get(), plays_ ? GST_STATE_PLAYING : GST_STATE_PAUSED);
+  }
+  return true;
+}
+
+void FilmPlayer::Run::seek_now(std::int64_t position) {
+  const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
+  // Arriving is a message. One that never comes must not keep the user from going elsewhere.
+  if (gst_element_seek_simple(pipeline_.get(), GST_FORMAT_TIME, flags, position))
+    seeking_until_ = Clock::now() + std::chrono::seconds(1);
+}
+
+void FilmPlayer::Run::look_at_clock() {
+  gint64 position = -1;
+  gint64 duration = -1;
+  gst_element_query_position(pipeline_.get(), GST_FORMAT_TIME, &position);
+  gst_element_query_duration(pipeline_.get(), GST_FORMAT_TIME, &duration);
+  const std::lock_guard lock(mutex_);
+  if (duration >= 0) status_.duration = duration;
+  if (position >= 0 && started_ && !seeking() && wanted_position_ < 0) status_.position = position;
+}
+
+void FilmPlayer::Run::fail(const std::string& reason) {
+  const std::lock_guard lock(mutex_);
+  status_.failure = reason;
+  if (!closing_) slot_->clear();
+}
+
+// ----------------------------------------------------------------------------------------------
+
+FilmPlayer::FilmPlayer(const std::string& path, std::shared_ptr<ViewfinderSlot> slot)
+    : run_(std::make_shared<Run>(path, std::move(slot))) {
+  std::thread([run = run_] { run->play(); }).detach();
+}
+
+FilmPlayer::~FilmPlayer() {
+  run_->close();
+}
+
+FilmPlayer::Status FilmPlayer::status() const {
+  return run_->status();
+}
+
+void FilmPlayer::set_playing(bool playing) {
+  run_->set_playing(playing);
+}
+
+void FilmPlayer::seek(std::int64_t position) {
+  run_->seek(position);
+}
+
+}  // namespace handset

@@ -1,0 +1,70 @@
+#pragma once
+
+// Handing a file to a card: videos are played, pictures shown. Everything here is for the UI thread.
+
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+
+namespace bb::system {
+
+/// Why and how a card was closed.
+class CardDoneMessage {
+ public:
+  CardDoneMessage() = default;
+  explicit CardDoneMessage(const QString& reason) : reason_(reason) {}
+  /// "closed" by the user, "ended" with its film, "replaced" by another card.
+  QString reason() const { return reason_; }
+
+ private:
+  QString reason_;
+};
+
+class InvokeRequest {
+ public:
+  QUrl uri() const { return uri_; }
+  void setUri(const QUrl& uri) { uri_ = uri; }
+  /// After "file://" stands a path as the file system has it, in which nothing is encoded.
+  void setUri(const char* uri);
+  /// Empty: the platform chooses by the file's kind.
+  QString target() const { return target_; }
+  void setTarget(const QString& target) { target_ = target; }
+  QString action() const { return action_; }
+  void setAction(const QString& action) { action_ = action; }
+
+ private:
+  QUrl uri_;
+  QString target_;
+  QString action_;
+};
+
+class InvokeTargetReply : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit InvokeTargetReply(QObject* parent = nullptr) : QObject(parent) {}
+};
+
+/// Opens cards over the scene. A card outlives the manager that opened it.
+class InvokeManager : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit InvokeManager(QObject* parent = nullptr);
+  ~InvokeManager() override;
+
+  /// Opens the card for the request: "sys.pictures.card.previewer" shows a picture; without a target a picture is
+  /// shown and any other file played. A file that is missing or broken opens a card that says so. An open card is
+  /// closed and reported done first.
+  /// @return null, after one line on the error stream, when there is no such target or the URI is no file URI;
+  ///         otherwise a reply, a child of this manager until it is given another parent
+  InvokeTargetReply* invoke(const InvokeRequest& request);
+
+ Q_SIGNALS:
+  /// A card that this manager opened has been closed.
+  void childCardDone(const bb::system::CardDoneMessage& message);
+};
+
+}  // namespace bb::system
+
+Q_DECLARE_METATYPE(bb::system::CardDoneMessage)

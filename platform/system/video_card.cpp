@@ -1,0 +1,78 @@
+#include "platform/system/video_card.h"
+
+#include <QFile>
+#include <algorithm>
+#include <chrono>
+
+#include "platform/cascades/foreign_window_control.h"
+#include "platform/cascades/orientation.h"
+
+namespace handset {
+
+namespace {
+
+constexpr char window_id[] = "videoCard";
+/// How often times and end are looked at.
+constexpr std::chrono::milliseconds period{100};
+constexpr std::int64_t nanoseconds_per_millisecond = 1'000'000;
+
+std::shared_ptr<ViewfinderSlot> card_slot() {
+  return viewfinder_slot(bb::cascades::ForeignWindowControl().windowGroup().toStdString(), window_id);
+}
+
+int milliseconds(std::int64_t nanoseconds) {
+  return static_cast<int>(std::min<std::int64_t>(nanoseconds / nanoseconds_per_millisecond, INT_MAX));
+}
+
+}  // namespace
+
+VideoCard::VideoCard(const QString& path, QObject* parent)
+    : Card(QStringLiteral("VideoCard.qml"), path, parent),
+      slot_(card_slot()),
+      player_(std::make_unique<FilmPlayer>(QFile::encodeName(path).toStdString(), slot_)) {
+  using bb::cascades::OrientationSupport;
+  connect(OrientationSupport::instance(), &OrientationSupport::displayDirectionChanged, this, &VideoCard::hold_upright);
+  connect(&timer_, &QTimer::timeout, this, &VideoCard::look);
+  hold_upright();
+  timer_.start(period);
+}
+
+/// A camera's picture would turn with the handset.
+void VideoCard::hold_upright() {
+  slot_->set_rotation((360 - bb::cascades::OrientationSupport::instance()->displayDirection()) % 360);
+}
+
+QString VideoCard::windowId() const {
+  return QLatin1String(window_id);
+}
+
+void VideoCard::togglePlaying() {
+  playing_ = !playing_;
+  player_->set_playing(playing_);
+  Q_EMIT playingChanged();
+}
+
+void VideoCard::seek(int position) {
+  player_->seek(position * nanoseconds_per_millisecond);
+  look();
+}
+
+void VideoCard::look() {
+  const FilmPlayer::Status status = player_->status();
+  set_times(milliseconds(status.position), milliseconds(status.duration));
+  if (!status.failure.empty()) {
+    timer_.stop();
+    set_message(QStringLiteral("This film cannot be played: %1").arg(QString::fromStdString(status.failure)));
+  } else if (status.ended) {
+    finish(QStringLiteral("ended"));
+  }
+}
+
+void VideoCard::set_times(int position, int duration) {
+  if (position_ == position && duration_ == duration) return;
+  position_ = position;
+  duration_ = duration;
+  Q_EMIT timesChanged();
+}
+
+}  // namespace handset
