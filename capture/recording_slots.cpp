@@ -58,7 +58,7 @@ void show_idle_look(tarnelApp* app) {
 
 void start_recording(tarnelApp* app) {
   PrefsRecord& settings = app->mSettings;
-  app->mSavedOverlayEnabled = suspend_logo_image();
+  app->suspend_overlay();
   if (time_format(settings) > 0) app->generate_datetime();
   if (settings.shutterSound) soundplayer_play_sound_blocking("event_recording_start");
   choose_rotation(app);
