@@ -156,7 +156,12 @@ void GestureRecognizer::update_touch_pinch() {
   const QPointF one = fingers_.cbegin().value();
   const QPointF other = std::next(fingers_.cbegin()).value();
   const QPointF middle = (one + other) / 2;
-  if (pinching_) return update_pinch(distance(one, other) / first_distance_, middle);
+  if (pinching_) {
+    const qreal ratio = distance(one, other) / first_distance_;
+    // An event that brings a new finger comes twice.
+    if (ratio != ratio_ || middle != middle_) update_pinch(ratio, middle);
+    return;
+  }
   if (handlers<PinchHandler>(control_).isEmpty()) return;
   first_distance_ = distance(one, other);
   control_->setKeepTouchGrab(true);

@@ -37,7 +37,11 @@ QmlDocument* QmlDocument::create(const QString& url, QObject* parent) {
 QmlDocument::QmlDocument(QObject* parent) : QObject(parent) {}
 
 QmlDocument::~QmlDocument() {
-  for (const QPointer<QObject>& root : std::as_const(roots_)) delete root.data();
+  delete_roots();
+}
+
+void QmlDocument::delete_roots() {
+  for (const QPointer<QObject>& root : std::exchange(roots_, {})) delete root.data();
 }
 
 bool QmlDocument::hasErrors() const {
@@ -45,7 +49,10 @@ bool QmlDocument::hasErrors() const {
 }
 
 void QmlDocument::setContextProperty(const QString& name, QObject* value) {
-  if (context_) context_->setContextProperty(name, value);
+  if (!context_) return;
+  // Before the context hears of it, which would evaluate every binding once more, without the value.
+  if (value) connect(value, &QObject::destroyed, this, &QmlDocument::delete_roots);
+  context_->setContextProperty(name, value);
 }
 
 QObject* QmlDocument::createRoot() {

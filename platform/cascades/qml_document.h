@@ -21,6 +21,7 @@ class QmlDocument : public QObject {
   ~QmlDocument() override;
 
   bool hasErrors() const;
+  /// The root objects that are alive when the value is destroyed are destroyed with it.
   void setContextProperty(const QString& name, QObject* value);
 
   /// @return null when the document cannot be created; otherwise its root object, which the caller owns
@@ -36,6 +37,7 @@ class QmlDocument : public QObject {
 
  private:
   explicit QmlDocument(QObject* parent);
+  void delete_roots();
 
   std::unique_ptr<QQmlComponent> component_;
   QQmlContext* context_ = nullptr;

@@ -13,20 +13,20 @@ inline QSize turned_display(QSize upright, int direction) {
 }
 
 /// The largest size of the same shape that is not larger than `bounds`, or `size` itself when it fits.
-inline QSize shrunk_to(QSize size, QSize bounds) {
+inline QSizeF shrunk_to(QSizeF size, QSizeF bounds) {
   const bool fits = size.width() <= bounds.width() && size.height() <= bounds.height();
   return fits ? size : size.scaled(bounds, Qt::KeepAspectRatio);
 }
 
 /// The window at the start: the display in its own size, but not more than 85 % of what the desktop has.
 inline QSize first_window_size(QSize display, QSize available) {
-  return shrunk_to(display, available * 0.85);
+  return shrunk_to(display, QSizeF(available) * 0.85).toSize();
 }
 
 /// The window after its display has changed its shape: as large as before, in the display's shape.
 inline QSize reshaped_window_size(QSize window, QSize display, QSize available) {
   const int longest = std::max(window.width(), window.height());
-  return shrunk_to(display.scaled(longest, longest, Qt::KeepAspectRatio), available);
+  return shrunk_to(QSizeF(display).scaled(longest, longest, Qt::KeepAspectRatio), available).toSize();
 }
 
 }  // namespace handset

@@ -75,6 +75,7 @@ FocusScope {
             model: popup.options
             boundsBehavior: Flickable.StopAtBounds
             keyNavigationEnabled: true
+            keyNavigationWraps: true
             highlightMoveDuration: 0
             Component.onCompleted: {
                 currentIndex = Math.max(0, popup.currentIndex);

@@ -39,6 +39,7 @@ State.ListView {
         model: view.dataModel
         boundsBehavior: Flickable.StopAtBounds
         keyNavigationEnabled: true
+        keyNavigationWraps: true
         activeFocusOnTab: true
         Keys.onReturnPressed: if (currentIndex >= 0) view.trigger(currentIndex)
         Keys.onEnterPressed: if (currentIndex >= 0) view.trigger(currentIndex)

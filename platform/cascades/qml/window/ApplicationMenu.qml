@@ -11,6 +11,8 @@ FocusScope {
     required property bool open
     // Nothing is over the scene that the menu would be under.
     required property bool available
+    // From 0, out of sight, to 1, in its place.
+    property real shown: open ? 1 : 0
 
     signal openRequested()
     signal closeRequested()
@@ -48,6 +50,10 @@ FocusScope {
     Keys.onSpacePressed: choose(actions[row.currentIndex])
     Keys.onDownPressed: closeRequested()
 
+    Behavior on shown {
+        NumberAnimation { duration: Theme.duration; easing.type: Easing.OutCubic }
+    }
+
     Grip {
         objectName: "menuGrip"
         anchors.left: parent.left
@@ -59,12 +65,8 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         color: Theme.scrim
-        opacity: menu.open ? 1 : 0
+        opacity: menu.shown
         visible: opacity > 0
-
-        Behavior on opacity {
-            NumberAnimation { duration: Theme.durationFast }
-        }
 
         State.Shield {
             anchors.fill: parent
@@ -77,15 +79,11 @@ FocusScope {
 
         width: parent.width
         height: row.height + 2 * Theme.spacing
-        y: menu.open ? 0 : -height
-        visible: y > -height
+        y: Math.round(height * (menu.shown - 1))
+        visible: menu.shown > 0
         color: Theme.surface
         Accessible.role: Accessible.MenuBar
         Accessible.name: qsTr("Application menu")
-
-        Behavior on y {
-            NumberAnimation { duration: Theme.duration; easing.type: Easing.OutCubic }
-        }
 
         State.Shield {
             anchors.fill: parent

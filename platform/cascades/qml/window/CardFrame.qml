@@ -29,6 +29,6 @@ FocusScope {
         anchors.fill: parent
         focus: true
         // A card that cannot be drawn must not stay between the user and the application.
-        onStatusChanged: if (status === Loader.Error && frame.card) frame.card.close()
+        onStatusChanged: if (status === Loader.Error) Qt.callLater(() => frame.card?.close())
     }
 }

@@ -11,6 +11,8 @@ FocusScope {
     // What is shown, also while the frame slides away.
     property Item content: null
     property string title: ""
+    // From 0, out of sight, to 1, in its place.
+    property real shown: sheet ? 1 : 0
 
     function take(item) {
         if (content === item)
@@ -26,8 +28,13 @@ FocusScope {
         title = Qt.binding(() => item.title ?? "");
     }
 
+    visible: shown > 0
     onSheetChanged: if (sheet) take(sheet.content)
-    visible: panel.y < height
+    onShownChanged: if (shown === 0 && !sheet) take(null)
+
+    Behavior on shown {
+        NumberAnimation { duration: Theme.duration; easing.type: Easing.OutCubic }
+    }
 
     Connections {
         target: frame.sheet
@@ -39,13 +46,8 @@ FocusScope {
 
         width: parent.width
         height: parent.height
-        y: frame.sheet ? 0 : frame.height
+        y: Math.round(frame.height * (1 - frame.shown))
         color: Theme.background
-
-        Behavior on y {
-            NumberAnimation { duration: Theme.duration; easing.type: Easing.OutCubic }
-        }
-        onYChanged: if (y >= frame.height && !frame.sheet) frame.take(null)
 
         State.Shield {
             anchors.fill: parent

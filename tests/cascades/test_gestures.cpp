@@ -1,0 +1,163 @@
+// Taps and pinches, by mouse, fingers and wheel.
+
+#include <QSignalSpy>
+
+#include "platform/cascades/container.h"
+#include "platform/cascades/gestures.h"
+#include "tests/cascades/fixture.h"
+
+using namespace bb::cascades;
+
+namespace {
+
+constexpr char scene[] = R"(Page {
+  Container { objectName: "area"; anchors.fill: parent
+    ImageButton { objectName: "button"; accessibleName: "b"; x: 40; y: 40; width: 200; height: 200 }
+    Slider { objectName: "slider"; accessibleName: "s"; x: 40; y: 300; width: 600; height: 100 }
+    Rectangle { objectName: "passive"; x: 40; y: 500; width: 200; height: 200; color: "gray"
+      TapHandler { } } } })";
+
+class GestureTest : public CascadesTest {
+ protected:
+  void SetUp() override {
+    CascadesTest::SetUp();
+    show(scene);
+    area_ = static_cast<Container*>(item("area"));
+    area_->addGestureHandler(tap_);
+    area_->addGestureHandler(pinch_);
+    QObject::connect(tap_, &TapHandler::tapped, [this](TapEvent* event) {
+      log_.append("tap");
+      tapped_at_ = {event->localX(), event->localY()};
+    });
+    QObject::connect(pinch_, &PinchHandler::pinchStarted, [this](PinchEvent* event) { note("start", event); });
+    QObject::connect(pinch_, &PinchHandler::pinchUpdated, [this](PinchEvent* event) { note("update", event); });
+    QObject::connect(pinch_, &PinchHandler::pinchEnded, [this](PinchEvent* event) { note("end", event); });
+    QObject::connect(pinch_, &PinchHandler::pinchCancelled, [this] { log_.append("cancel"); });
+  }
+
+  void note(const char* what, const PinchEvent* event) {
+    EXPECT_TRUE(std::isfinite(event->pinchRatio()) && event->pinchRatio() > 0);
+    log_.append(what);
+    ratios_.append(event->pinchRatio());
+  }
+
+  QPoint place(qreal x, qreal y) const { return at(area_, {x, y}); }
+
+  Container* area_ = nullptr;
+  TapHandler* tap_ = new TapHandler;
+  PinchHandler* pinch_ = new PinchHandler;
+  QStringList log_;
+  QList<float> ratios_;
+  QPointF tapped_at_;
+};
+
+QPointingDevice* touchscreen() {
+  static QPointingDevice* device = QTest::createTouchDevice();
+  return device;
+}
+
+}  // namespace
+
+TEST_F(GestureTest, ClickInPlaceIsATapAtThePixelOfTheDisplay) {
+  QTest::mouseClick(window(), Qt::LeftButton, {}, place(500, 1000));
+  EXPECT_EQ(log_, QStringList("tap"));
+  EXPECT_NEAR(tapped_at_.x(), 500, 2);
+  EXPECT_NEAR(tapped_at_.y(), 1000, 2);
+}
+
+TEST_F(GestureTest, DragsAndOtherButtonsAreNoTap) {
+  QTest::mousePress(window(), Qt::LeftButton, {}, place(300, 1000));
+  QTest::mouseMove(window(), place(500, 1000));
+  QTest::mouseMove(window(), place(300, 1000));
+  QTest::mouseRelease(window(), Qt::LeftButton, {}, place(300, 1000));
+  QTest::mouseClick(window(), Qt::RightButton, {}, place(500, 1000));
+  EXPECT_EQ(log_, QStringList());
+}
+
+TEST_F(GestureTest, ControlsOnTopKeepTheirClicks) {
+  QSignalSpy clicked(item("button"), SIGNAL(clicked()));
+  QTest::mouseClick(window(), Qt::LeftButton, {}, middle(item("button")));
+  QTest::mouseClick(window(), Qt::LeftButton, {}, middle(item("slider")));
+  QTest::mouseClick(window(), Qt::LeftButton, {}, middle(item("passive")));
+  QTest::touchEvent(window(), touchscreen()).press(0, middle(item("button")));
+  QTest::touchEvent(window(), touchscreen()).release(0, middle(item("button")));
+  QTest::touchEvent(window(), touchscreen()).press(0, middle(item("passive")));
+  QTest::touchEvent(window(), touchscreen()).release(0, middle(item("passive")));
+  EXPECT_EQ(clicked.count(), 2);
+  EXPECT_EQ(log_, QStringList());
+}
+
+TEST_F(GestureTest, OneFingerTapsOnce) {
+  QTest::touchEvent(window(), touchscreen()).press(0, place(500, 1000));
+  QTest::touchEvent(window(), touchscreen()).release(0, place(500, 1000));
+  settle();
+  EXPECT_EQ(log_, QStringList("tap"));
+}
+
+TEST_F(GestureTest, TwoFingersPinchAndNeverTap) {
+  QTest::touchEvent(window(), touchscreen()).press(0, place(300, 1000));
+  QTest::touchEvent(window(), touchscreen()).stationary(0).press(1, place(500, 1000));
+  QTest::touchEvent(window(), touchscreen()).stationary(0).move(1, place(700, 1000));
+  settle(50);
+  QTest::touchEvent(window(), touchscreen()).move(0, place(700, 1000)).stationary(1);
+  settle(50);
+  QTest::touchEvent(window(), touchscreen()).stationary(0).release(1, place(700, 1000));
+  QTest::touchEvent(window(), touchscreen()).release(0, place(700, 1000));
+  settle();
+  ASSERT_GE(log_.size(), 4);
+  EXPECT_EQ(log_.count("update"), log_.size() - 2);
+  EXPECT_EQ(log_.front(), "start");
+  EXPECT_EQ(log_.back(), "end");
+  EXPECT_EQ(ratios_[0], 1);
+  EXPECT_NEAR(ratios_[1], 2, 0.03);
+  EXPECT_GT(ratios_[2], 0);
+}
+
+TEST_F(GestureTest, LosingTheFingersCancelsThePinch) {
+  QTest::touchEvent(window(), touchscreen()).press(0, place(300, 1000)).press(1, place(500, 1000));
+  ASSERT_EQ(log_, QStringList("start"));
+  area_->setVisible(false);
+  EXPECT_EQ(log_, QStringList({"start", "cancel"}));
+  QTest::touchEvent(window(), touchscreen()).release(0, place(300, 1000)).release(1, place(500, 1000));
+  EXPECT_EQ(log_, QStringList({"start", "cancel"}));
+}
+
+TEST_F(GestureTest, CtrlAndWheelAreOnePinchUntilAPause) {
+  wheel(place(500, 1000), 120, Qt::NoModifier);
+  EXPECT_EQ(log_, QStringList());
+  wheel(place(500, 1000), 120, Qt::ControlModifier);
+  wheel(place(500, 1000), 120, Qt::ControlModifier);
+  wheel(place(500, 1000), -60, Qt::ControlModifier);
+  ASSERT_EQ(log_, QStringList({"start", "update", "update", "update"}));
+  EXPECT_NEAR(ratios_[1], 1.1, 1e-5);
+  EXPECT_NEAR(ratios_[2], 1.2, 1e-5);
+  EXPECT_NEAR(ratios_[3], 1.15, 1e-5);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return log_.last() == "end"; }, 2000));
+  EXPECT_NEAR(ratios_.last(), 1.15, 1e-5);
+}
+
+TEST_F(GestureTest, LettingCtrlGoEndsThePinchAtOnce) {
+  QTest::keyPress(window(), Qt::Key_Control);
+  for (int i = 0; i < 30; ++i) wheel(place(500, 1000), -120, Qt::ControlModifier);
+  QTest::keyRelease(window(), Qt::Key_Control);
+  ASSERT_EQ(log_.last(), "end");
+  EXPECT_NEAR(ratios_.last(), 0.1, 1e-5);
+  const qsizetype before = log_.size();
+  settle(500);
+  EXPECT_EQ(log_.size(), before);
+}
+
+TEST_F(GestureTest, PinchEndsWithTheControlUnderIt) {
+  wheel(place(500, 1000), 120, Qt::ControlModifier);
+  item("area")->setEnabled(false);
+  EXPECT_EQ(log_.last(), "cancel");
+}
+
+TEST_F(GestureTest, HandlersMayDeleteTheControl) {
+  QPointer<Container> area = area_;
+  QObject::connect(tap_, &TapHandler::tapped, [area] { area->deleteLater(); });
+  QTest::mouseClick(window(), Qt::LeftButton, {}, place(500, 1000));
+  settle();
+  EXPECT_EQ(area, nullptr);
+  QTest::mouseClick(window(), Qt::LeftButton, {}, QPoint(300, 600));
+}
