@@ -4,7 +4,6 @@
 
 #include "app/page_controls.h"
 #include "app/tarnelapp.h"
-#include "engine/overlay.h"
 #include "engine/overlay_loader.h"
 #include "engine/stamp.h"
 #include "platform/cascades/animation.h"
@@ -66,7 +65,7 @@ void tarnelApp::choose_resolution_row(int row) {
   save_settings();
   hide_menu();
   const bool light_was_on = mLightOn;
-  mSavedOverlayEnabled = suspend_logo_image();
+  suspend_overlay();
   if (mCameraUnit == CAMERA_UNIT_REAR && mLightOn) handleFlashLightAction();
   onStopCamera();
   if (mCameraUnit == CAMERA_UNIT_FRONT) {

@@ -8,7 +8,6 @@
 #include "camera/resolution.h"
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
-#include "engine/overlay.h"
 
 using namespace bb::cascades;
 
@@ -162,7 +161,7 @@ void tarnelApp::restartCamera() {
 }
 
 void tarnelApp::handleSwitchCameraAction() {
-  mSavedOverlayEnabled = suspend_logo_image();
+  suspend_overlay();
   if (mCameraUnit == CAMERA_UNIT_REAR && mLightOn) handleFlashLightAction();
   onStopCamera();
   if (mCameraUnit == CAMERA_UNIT_FRONT) {

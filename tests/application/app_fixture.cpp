@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "engine/overlay_loader.h"
 #include "platform/cascades/assets.h"
 #include "tests/application/fake_camera_service.h"
 #include "tests/engine/engine_state.h"
@@ -72,6 +73,8 @@ AppTest::AppTest() : settings(default_settings()) {
   bb::cascades::set_package_dir(QString::fromStdString(sandbox.file("app")));
   fake_camera::reset();
   reset_engine();
+  fullscreen = false;
+  logo_pos = 0;
 }
 
 AppTest::~AppTest() {

@@ -57,8 +57,9 @@ int scripted_result(const std::string& line) {
   int result = CAMERA_EOK;
   for (script_s& script : now.scripts) {
     if (!line.starts_with(script.call)) continue;
-    result = script.calls < script.results.size() ? script.results[script.calls] : script.then;
+    const int scripted = script.calls < script.results.size() ? script.results[script.calls] : script.then;
     ++script.calls;
+    if (result == CAMERA_EOK) result = scripted;
   }
   return result;
 }
