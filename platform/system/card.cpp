@@ -1,6 +1,7 @@
 #include "platform/system/card.h"
 
 #include <QFileInfo>
+#include <utility>
 
 #include "platform/cascades/stage.h"
 
@@ -26,6 +27,7 @@ void Card::close() {
 void Card::finish(const QString& reason) {
   if (std::exchange(finished_, true)) return;
   Stage::instance()->close_card(this);
+  stop();
   deleteLater();
   Q_EMIT done(bb::system::CardDoneMessage(reason));
 }

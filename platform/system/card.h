@@ -29,7 +29,7 @@ class Card : public QObject {
 
   /// What the user does: soon after the call the card is gone.
   Q_INVOKABLE void close();
-  /// Takes the card off the stage and reports it done before it returns; nothing the second time.
+  /// Takes the card off the stage, stops it and reports it done before it returns; nothing the second time.
   void finish(const QString& reason);
 
  Q_SIGNALS:
@@ -38,6 +38,8 @@ class Card : public QObject {
 
  protected:
   void set_message(const QString& message);
+  /// Whatever the card keeps busy is let go of, since the one that hears it is done may want it.
+  virtual void stop() {}
 
  private:
   const QUrl document_;

@@ -46,13 +46,20 @@ QString VideoCard::windowId() const {
   return QLatin1String(window_id);
 }
 
+void VideoCard::stop() {
+  timer_.stop();
+  player_.reset();
+}
+
 void VideoCard::togglePlaying() {
+  if (!player_) return;
   playing_ = !playing_;
   player_->set_playing(playing_);
   Q_EMIT playingChanged();
 }
 
 void VideoCard::seek(int position) {
+  if (!player_) return;
   player_->seek(position * nanoseconds_per_millisecond);
   look();
 }

@@ -34,6 +34,9 @@ class VideoCard : public Card {
   void playingChanged();
   void timesChanged();
 
+ protected:
+  void stop() override;
+
  private:
   void look();
   void set_times(int position, int duration);

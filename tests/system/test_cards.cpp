@@ -254,7 +254,8 @@ TEST_F(Cards, PicturesAreFittedAndDecodedByThemselves) {
     ASSERT_NE(show(folder.file(name)), nullptr);
     EXPECT_TRUE(wait_until([] { return !card()->property("image").value<QImage>().isNull(); })) << name;
     EXPECT_LE(card()->property("image").value<QImage>().width(), 2560);
-    EXPECT_TRUE(wait_until([] { return shown().green() > 240 && shown().red() < 16; })) << name;
+    EXPECT_TRUE(wait_until([] { return shown().green() > 240 && shown().red() < 16; }, 2000)) << name;
+    Application::instance()->readDisplay().save("/tmp/system-pic.png");
     EXPECT_EQ(message(), "");
   }
   // A file without a target opens the card of its kind.

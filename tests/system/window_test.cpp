@@ -21,6 +21,8 @@ class Surroundings : public testing::Environment {
       setenv(name, home_.file(name).c_str(), 1);
     setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
     setenv("HOME", home_.path().c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_QUICK_BACKEND", "software", 1);
     std::filesystem::create_directories(home_.file("Pictures"));
     application_ = std::make_unique<bb::cascades::Application>(argc_, argv_);
     application_->desktopWindow()->show();

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick as Quick
-import QtQuick.Templates as T
 import bb.cascades 1.0
 import bb.cascades.state 1.0 as State
 
@@ -65,50 +64,26 @@ FocusScope {
         radius: Theme.radius
         color: Theme.surfaceRaised
 
-        Quick.ListView {
+        Rows {
             id: list
 
             anchors.fill: parent
             anchors.margins: Theme.spacingSmall
-            clip: true
             focus: true
             model: popup.options
-            boundsBehavior: Flickable.StopAtBounds
-            keyNavigationEnabled: true
-            keyNavigationWraps: true
-            highlightMoveDuration: 0
             Component.onCompleted: {
                 currentIndex = Math.max(0, popup.currentIndex);
                 positionViewAtIndex(currentIndex, Quick.ListView.Contain);
             }
-            Keys.onReturnPressed: popup.choose(currentIndex)
-            Keys.onEnterPressed: popup.choose(currentIndex)
-            Keys.onSpacePressed: popup.choose(currentIndex)
+            onChosen: row => popup.choose(row)
             Keys.onTabPressed: popup.close()
-            Accessible.role: Accessible.List
 
-            delegate: Button {
-                id: row
-
-                required property int index
+            delegate: ListRow {
                 required property string modelData
 
-                flat: true
-                width: list.width
-                height: Theme.touch
-                focusPolicy: Qt.NoFocus
                 text: modelData
                 marked: index === popup.currentIndex
-                Accessible.role: Accessible.ListItem
-                onClicked: popup.choose(index)
-
-                FocusRing {
-                    active: list.activeFocus && row.Quick.ListView.isCurrentItem
-                    gap: -Theme.focusWidth
-                }
             }
-
-            T.ScrollBar.vertical: ScrollBar {}
         }
     }
 }

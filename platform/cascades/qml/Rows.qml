@@ -1,13 +1,15 @@
 import QtQuick
+import QtQuick as Quick
 import QtQuick.Templates as T
 import bb.cascades 1.0
 
-// Rows of one height that scroll, for finger, wheel and keyboard: arrows, pages and both ends move, Enter and Space
+// Rows of one height, each a ListRow, that scroll, for finger, wheel and keyboard: arrows, pages and both ends move, Enter and Space
 // choose.
-ListView {
+Quick.ListView {
     id: rows
 
     property real rowHeight: Theme.touch
+    readonly property real rowWidth: width - (bar.visible ? bar.width : 0)
 
     signal chosen(int row)
 
@@ -41,25 +43,7 @@ ListView {
     Accessible.role: Accessible.List
     Keys.onPressed: event => event.accepted = takeKey(event.key)
 
-    // Its look. Whoever uses it says what stands in it.
-    component Row: Button {
-        id: row
-
-        required property int index
-        readonly property bool current: rows.activeFocus && rows.currentIndex === index
-
-        flat: true
-        width: ListView.view ? ListView.view.width : 0
-        height: rows.rowHeight
-        focusPolicy: Qt.NoFocus
-        Accessible.role: Accessible.ListItem
-        onClicked: rows.chosen(index)
-
-        FocusRing {
-            active: row.current
-            gap: -Theme.focusWidth
-        }
+    T.ScrollBar.vertical: ScrollBar {
+        id: bar
     }
-
-    T.ScrollBar.vertical: ScrollBar {}
 }

@@ -9,6 +9,8 @@ FocusScope {
 
     required property var card
 
+    focus: true
+
     PictureView {
         anchors.fill: parent
         anchors.topMargin: bar.height

@@ -14,6 +14,8 @@ FocusScope {
     readonly property bool watched: card.playing && card.message === ""
     property bool idle: false
 
+    focus: true
+
     function wake() {
         idle = false;
         rest.restart();
