@@ -24,12 +24,6 @@ Sheet {
                 spacing: Theme.spacingLarge
 
                 Label {
-                    text: qsTr("Invite a friend")
-                    font.pixelSize: Theme.fontTitle
-                    font.bold: true
-                }
-
-                Label {
                     width: parent.width
                     wrap: true
                     color: Theme.textDim
@@ -89,6 +83,7 @@ Sheet {
                         onClicked: {
                             invitation.selectAll();
                             invitation.copy();
+                            invitation.deselect();
                             copied = true;
                         }
                     }
