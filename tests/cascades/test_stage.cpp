@@ -166,7 +166,7 @@ TEST_F(StageTest, MenuByKeysSkipsWhatIsDisabled) {
 TEST_F(StageTest, MenuIsPulledFromTheTopEdgeAndClosedByATapElsewhere) {
   ThreeActions actions;
   app().setMenu(actions.menu);
-  settle();
+  settle(400);
   QTest::mousePress(window(), Qt::LeftButton, {}, at(app().display(), {100, 6}));
   QTest::mouseMove(window(), at(app().display(), {100, 60}));
   QTest::mouseMove(window(), at(app().display(), {100, 120}));

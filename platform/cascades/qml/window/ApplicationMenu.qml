@@ -33,7 +33,7 @@ FocusScope {
     }
 
     function choose(action) {
-        if (!action || !action.enabled)
+        if (!open || !action || !action.enabled)
             return;
         closeRequested();
         action.triggered();
@@ -70,6 +70,7 @@ FocusScope {
 
         State.Shield {
             anchors.fill: parent
+            enabled: menu.open
             onTapped: menu.closeRequested()
         }
     }
@@ -87,6 +88,7 @@ FocusScope {
 
         State.Shield {
             anchors.fill: parent
+            enabled: menu.open
         }
 
         Row {
