@@ -33,13 +33,16 @@ State.ImageButton {
             NumberAnimation { duration: Theme.durationFast }
         }
 
-        background: Rectangle {
-            radius: Math.min(width, height) / 2
-            visible: button.disc || area.hovered
-            color: !button.disc ? "#26ffffff"
-                 : area.down ? Theme.discPressed
-                 : area.hovered ? Theme.discHovered
-                 : Theme.disc
+        background: Item {
+            Rectangle {
+                anchors.fill: parent
+                radius: Math.min(width, height) / 2
+                visible: button.disc || area.hovered
+                color: !button.disc ? "#26ffffff"
+                     : area.down ? Theme.discPressed
+                     : area.hovered ? Theme.discHovered
+                     : Theme.disc
+            }
 
             FocusRing {
                 active: area.visualFocus

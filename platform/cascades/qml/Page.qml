@@ -28,7 +28,13 @@ State.Page {
     // What lies under another page must not be reached by Tab or by a click that the upper page leaves alone.
     enabled: onTop
     onOnTopChanged: if (onTop) takeFocus()
-    onPushedChanged: if (pushed) titled = true
+    onPushedChanged: {
+        if (!pushed)
+            return;
+        titled = true;
+        takeFocus();
+    }
+    Component.onCompleted: home.focus = true
 
     Accessible.role: Accessible.Pane
     Accessible.name: title
