@@ -11,6 +11,7 @@
 #include "platform/camera/handover.h"
 #include "platform/camera/microphone.h"
 #include "platform/camera/mp4_compact.h"
+#include "platform/camera/range.h"
 
 namespace handset {
 namespace {
@@ -31,19 +32,6 @@ std::string muxer_description(const Film::Setup& setup) {
 
 /// Encoded data may wait long for the other track: it is small.
 constexpr char mux_queue[] = " ! queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ! mux. ";
-
-/// The stream itself describes its colours. The container must not do it again: GStreamer 1.22's demuxer
-/// reads the range wrongly there and lets that overrule the stream.
-GstPadProbeReturn drop_container_colours(GstPad*, GstPadProbeInfo* info, gpointer) {
-  GstEvent* event = gst_pad_probe_info_get_event(info);
-  if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
-  GstCaps* caps = nullptr;
-  gst_event_parse_caps(event, &caps);
-  const CapsPtr plain = CapsPtr::adopt(gst_caps_copy(caps));
-  gst_structure_remove_field(gst_caps_get_structure(plain.get(), 0), "colorimetry");
-  replace_caps_event(info, plain);
-  return GST_PAD_PROBE_OK;
-}
 
 int errno_of(const GError* error) {
   if (g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT)) return ENOSPC;

@@ -45,6 +45,17 @@ bool claim_full_range(GstPadProbeInfo* info, const GstVideoInfo& input) {
   return true;
 }
 
+GstPadProbeReturn drop_container_colours(GstPad*, GstPadProbeInfo* info, gpointer) {
+  GstEvent* event = gst_pad_probe_info_get_event(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
+  GstCaps* caps = nullptr;
+  gst_event_parse_caps(event, &caps);
+  const CapsPtr plain = CapsPtr::adopt(gst_caps_copy(caps));
+  gst_structure_remove_field(gst_caps_get_structure(plain.get(), 0), "colorimetry");
+  replace_caps_event(info, plain);
+  return GST_PAD_PROBE_OK;
+}
+
 void expand_range(GstVideoFrame* frame) {
   static const Table luma = make_table(16, 0, 255.0 / 219);
   static const Table chroma = make_table(128, 128, 255.0 / 224);

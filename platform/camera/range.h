@@ -11,6 +11,10 @@ namespace handset {
 /// @return whether it was changed
 bool claim_full_range(GstPadProbeInfo* info, const GstVideoInfo& input);
 
+/// A probe for pads between container and stream, on either way: leaves the colour description to the stream. GStreamer
+/// 1.22's demuxer reads the range wrongly from an MP4 file, and lets that overrule the stream.
+GstPadProbeReturn drop_container_colours(GstPad* pad, GstPadProbeInfo* info, gpointer unused);
+
 /// Stretches a limited-range (16..235, chroma 16..240) NV12 picture to full range in place: luma
 /// (Y - 16) * 255 / 219, chroma 128 + (C - 128) * 255 / 224, rounded and clamped to a byte.
 void expand_range(GstVideoFrame* frame);
