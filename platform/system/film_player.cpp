@@ -7,8 +7,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <string_view>
 #include <thread>
 
+#include "platform/camera/range.h"
 #include "platform/sound/output.h"
 #include "platform/system/film_picture.h"
 
@@ -30,6 +32,21 @@ std::string reason_against(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return "there is no such file";
   return S_ISREG(status.st_mode) ? "" : "it is no file";
+}
+
+/// The streams that carry a description of their colours.
+void on_demuxed_pad(GstElement*, GstPad* pad, gpointer) {
+  const CapsPtr caps = CapsPtr::adopt(gst_pad_get_current_caps(pad));
+  if (!caps) return;
+  const std::string_view type = gst_structure_get_name(gst_caps_get_structure(caps.get(), 0));
+  if (type == "video/x-h264" || type == "video/x-h265")
+    gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, drop_container_colours, nullptr, nullptr);
+}
+
+void on_element(GstBin*, GstBin*, GstElement* element, gpointer) {
+  GstElementFactory* factory = gst_element_get_factory(element);
+  if (factory != nullptr && std::string_view(GST_OBJECT_NAME(factory)) == "qtdemux")
+    g_signal_connect(element, "pad-added", G_CALLBACK(on_demuxed_pad), nullptr);
 }
 
 }  // namespace
@@ -153,6 +170,7 @@ bool FilmPlayer::Run::build() {
   const GStringPtr uri(gst_filename_to_uri(path_.c_str(), nullptr), g_free);
   g_object_set(pipeline_.get(), "uri", uri.get(), "flags", play_flags, "video-sink", picture.get(), "audio-sink",
                sound_.get(), nullptr);
+  g_signal_connect(pipeline_.get(), "deep-element-added", G_CALLBACK(on_element), nullptr);
   {
     const std::lock_guard lock(mutex_);
     bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));

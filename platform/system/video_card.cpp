@@ -11,13 +11,18 @@ namespace handset {
 
 namespace {
 
-constexpr char window_id[] = "videoCard";
 /// How often times and end are looked at.
 constexpr std::chrono::milliseconds period{100};
 constexpr std::int64_t nanoseconds_per_millisecond = 1'000'000;
 
-std::shared_ptr<ViewfinderSlot> card_slot() {
-  return viewfinder_slot(bb::cascades::ForeignWindowControl().windowGroup().toStdString(), window_id);
+/// One of each card's own: the item of the card before may still listen to its window.
+QString new_window_id() {
+  static int cards = 0;
+  return QStringLiteral("videoCard%1").arg(++cards);
+}
+
+std::shared_ptr<ViewfinderSlot> slot_of(const QString& window_id) {
+  return viewfinder_slot(bb::cascades::ForeignWindowControl().windowGroup().toStdString(), window_id.toStdString());
 }
 
 int milliseconds(std::int64_t nanoseconds) {
@@ -28,7 +33,8 @@ int milliseconds(std::int64_t nanoseconds) {
 
 VideoCard::VideoCard(const QString& path, QObject* parent)
     : Card(QStringLiteral("VideoCard.qml"), path, parent),
-      slot_(card_slot()),
+      window_id_(new_window_id()),
+      slot_(slot_of(window_id_)),
       player_(std::make_unique<FilmPlayer>(QFile::encodeName(path).toStdString(), slot_)) {
   using bb::cascades::OrientationSupport;
   connect(OrientationSupport::instance(), &OrientationSupport::displayDirectionChanged, this, &VideoCard::hold_upright);
@@ -40,10 +46,6 @@ VideoCard::VideoCard(const QString& path, QObject* parent)
 /// A camera's picture would turn with the handset.
 void VideoCard::hold_upright() {
   slot_->set_rotation((360 - bb::cascades::OrientationSupport::instance()->displayDirection()) % 360);
-}
-
-QString VideoCard::windowId() const {
-  return QLatin1String(window_id);
 }
 
 void VideoCard::stop() {

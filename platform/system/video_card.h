@@ -20,7 +20,7 @@ class VideoCard : public Card {
  public:
   VideoCard(const QString& path, QObject* parent);
 
-  QString windowId() const;
+  QString windowId() const { return window_id_; }
   bool isPlaying() const { return playing_; }
   int position() const { return position_; }
   /// 0 while it is not known.
@@ -42,6 +42,7 @@ class VideoCard : public Card {
   void set_times(int position, int duration);
   void hold_upright();
 
+  const QString window_id_;
   const std::shared_ptr<ViewfinderSlot> slot_;
   QTimer timer_;
   bool playing_ = true;

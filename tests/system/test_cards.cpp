@@ -63,7 +63,12 @@ class Cards : public WindowTest {
   static QObject* card() { return Stage::instance()->card(); }
   static QString message() { return card() ? card()->property("message").toString() : QString("no card"); }
   static int time(const char* property) { return card() ? card()->property(property).toInt() : -1; }
-  static std::shared_ptr<handset::ViewfinderSlot> slot() { return handset::viewfinder_slot("morvane", "videoCard"); }
+  /// Where the pictures of the open card go, or of the one that was open last.
+  static std::shared_ptr<handset::ViewfinderSlot> slot() {
+    static std::string window;
+    if (card()) window = card()->property("windowId").toString().toStdString();
+    return handset::viewfinder_slot("morvane", window);
+  }
   static bool wait_frame() {
     return wait_until([] { return static_cast<bool>(slot()->latest()); });
   }
@@ -100,11 +105,11 @@ TEST_F(Cards, AFilmPlaysAndIsDoneAtItsEnd) {
   EXPECT_EQ(reply->parent(), manager.get());
   ASSERT_NE(card(), nullptr);
   EXPECT_EQ(card()->property("title"), "a film.mp4");
-  std::set<Colour> colours;
   std::set<std::uint64_t> serials;
   QElapsedTimer clock;
   ASSERT_TRUE(wait_frame()) << message().toStdString();
   clock.start();
+  const auto kept = slot();
   EXPECT_TRUE(wait_until([&] {
     std::uint64_t serial = 0;
     const Frame frame = slot()->latest(&serial);
@@ -115,7 +120,7 @@ TEST_F(Cards, AFilmPlaysAndIsDoneAtItsEnd) {
   EXPECT_GT(serials.size(), 10U) << "the pictures move";
   EXPECT_GT(clock.elapsed(), 1500) << "two seconds of film are not rushed through";
   EXPECT_EQ(card(), nullptr);
-  EXPECT_FALSE(slot()->latest()) << "no picture stays behind";
+  EXPECT_FALSE(kept->latest()) << "no picture stays behind";
 }
 
 TEST_F(Cards, PausesSeeksAndGoesOn) {
@@ -152,14 +157,13 @@ TEST_F(Cards, EscClosesAndReportsOnce) {
   ASSERT_EQ(make_film(folder.file("film.mp4"), moving), "");
   ASSERT_NE(play(folder.file("film.mp4")), nullptr);
   ASSERT_TRUE(wait_frame());
-  QElapsedTimer clock;
-  clock.start();
+  const auto kept = slot();
   press(Qt::Key_Escape);
   press(Qt::Key_Escape);
   EXPECT_TRUE(wait_until([&] { return !done.isEmpty(); }, 2000));
   wait_for(50);
   EXPECT_EQ(done, QStringList{"closed"});
-  EXPECT_FALSE(slot()->latest());
+  EXPECT_FALSE(kept->latest());
 }
 
 TEST_F(Cards, ASecondCardComesAfterTheFirstIsDone) {
@@ -222,40 +226,41 @@ TEST_F(Cards, AFilmWithSoundPlaysOnWhenTheDeviceFails) {
   }
 }
 
+/// The uppermost band of the test picture begins with grey at the left and ends with blue at the right.
+bool bars_are_upright() {
+  const QImage display = Application::instance()->readDisplay();
+  const double scale = std::min(display.width() / 320.0, display.height() / 240.0);
+  const auto at = [&](int x, int y) {
+    return display.pixelColor(display.width() / 2 + static_cast<int>(x * scale),
+                              display.height() / 2 + static_cast<int>(y * scale));
+  };
+  const QColor grey = at(-150, -60);
+  const QColor blue = at(150, -60);
+  return grey.red() > 120 && std::abs(grey.blue() - grey.red()) < 30 && blue.blue() > blue.red() + 80;
+}
+
 TEST_F(Cards, AFilmStaysUprightWhenTheHandsetTurns) {
   ASSERT_EQ(make_film(folder.file("film.mp4"),
-                      "videotestsrc num-buffers=150 pattern=smpte ! "
+                      "videotestsrc num-buffers=600 pattern=smpte ! "
                       "video/x-raw,width=320,height=240,framerate=30/1"),
             "");
   ASSERT_NE(play(folder.file("film.mp4")), nullptr);
   ASSERT_TRUE(wait_frame());
   for (const int direction : {90, 180, 270, 0}) {
     bb::cascades::OrientationSupport::instance()->turnTo(direction);
-    wait_for(300);
-    const QImage display = Application::instance()->readDisplay();
-    // The bars' uppermost band begins with grey at the left and ends with blue at the right.
-    const double scale = std::min(display.width() / 320.0, display.height() / 240.0);
-    const int y = display.height() / 2 - static_cast<int>(60 * scale);
-    const int left = display.width() / 2 - static_cast<int>(150 * scale);
-    const int right = display.width() / 2 + static_cast<int>(150 * scale);
-    const QColor blue = display.pixelColor(right, y);
-    const QColor grey = display.pixelColor(left, y);
-    EXPECT_GT(blue.blue(), blue.red() + 80) << direction;
-    EXPECT_LT(std::abs(grey.blue() - grey.red()), 30) << direction;
-    EXPECT_GT(grey.red(), 120) << direction;
+    EXPECT_TRUE(wait_until(bars_are_upright, 4000)) << direction;
   }
 }
 
 TEST_F(Cards, PicturesAreFittedAndDecodedByThemselves) {
-  QImage wide(3000, 400, QImage::Format_RGB32);
+  QImage wide(3000, 1000, QImage::Format_RGB32);
   wide.fill(Qt::green);
   for (const char* name : {"a.png", "b.jpg", "c.bmp"}) {
     ASSERT_TRUE(wide.save(QString::fromStdString(folder.file(name))));
     ASSERT_NE(show(folder.file(name)), nullptr);
     EXPECT_TRUE(wait_until([] { return !card()->property("image").value<QImage>().isNull(); })) << name;
     EXPECT_LE(card()->property("image").value<QImage>().width(), 2560);
-    EXPECT_TRUE(wait_until([] { return shown().green() > 240 && shown().red() < 16; }, 2000)) << name;
-    Application::instance()->readDisplay().save("/tmp/system-pic.png");
+    EXPECT_TRUE(wait_until([] { return shown().green() > 240 && shown().red() < 16; })) << name;
     EXPECT_EQ(message(), "");
   }
   // A file without a target opens the card of its kind.
