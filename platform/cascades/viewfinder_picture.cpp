@@ -43,10 +43,6 @@ Nv12 scaled(const Nv12& frame, int width, int height, std::uint8_t* room) {
   return {room, stride, chroma, stride, width, height};
 }
 
-std::size_t scaled_bytes(int width, int height) {
-  return static_cast<std::size_t>((width + 1) / 2 * 2) * (height + 1) * 2;
-}
-
 }  // namespace
 
 Stance stance_of(int window_rotation, bool mirror, int stream_rotation, int direction) {
@@ -81,45 +77,48 @@ QImage& PictureConverter::image_to_fill(QSize size) {
   return image;
 }
 
-/// Halving is cheap and takes every pixel into account; what remains to be scaled is less than that.
-Nv12 PictureConverter::halved(const Nv12& frame, QSize size) {
-  int times = 0;
-  while (frame.width >> (times + 1) >= size.width() && frame.height >> (times + 1) >= size.height()) ++times;
-  if (times == 0) return frame;
-  const int width = frame.width >> times;
-  const int height = frame.height >> times;
-  return scaled(frame, width, height, halved_.of(scaled_bytes(width, height)));
+Nv12 PictureConverter::Step::scale(const Nv12& from, QSize size) {
+  const int stride = (size.width() + 7) / 8 * 8;
+  const int chroma_height = (size.height() + 1) / 2;
+  std::uint8_t* to = planes.of(static_cast<std::size_t>(stride) * (size.height() + chroma_height));
+  std::uint8_t* to_chroma = to + static_cast<std::ptrdiff_t>(stride) * size.height();
+  luma.scale({from.luma, from.luma_stride, from.width, from.height}, to, stride, size.width(), size.height());
+  chroma.scale({from.chroma, from.chroma_stride, (from.width + 1) / 2, (from.height + 1) / 2}, to_chroma, stride,
+               (size.width() + 1) / 2, chroma_height);
+  return {to, stride, to_chroma, stride, size.width(), size.height()};
+}
+
+/// The frame in another size. In steps of at most one half, each of which takes every pixel into account.
+Nv12 PictureConverter::sized(const Nv12& frame, QSize size) {
+  Nv12 now = frame;
+  for (std::size_t i = 0; now.width != size.width() || now.height != size.height(); ++i) {
+    if (steps_.size() <= i) steps_.emplace_back();
+    now = steps_[i].scale(now, size.expandedTo({(now.width + 1) / 2, (now.height + 1) / 2}));
+  }
+  return now;
 }
 
 QImage PictureConverter::convert(const Nv12& frame, QSize size, Stance stance) {
   const QSize upright = stance.lies() ? size.transposed() : size;
-  const Nv12 source = halved(frame, upright);
-  const QSize arriving(source.width, source.height);
-  const bool turns = stance.angle != 0;
+  const int row = upright.width() * pixel_bytes;
+  const Nv12 source = sized(frame, upright);
 
   QImage& image = image_to_fill(size);
-  int to_come = (arriving != upright) + stance.mirror + turns;
+  const Argb target{image.bits(), static_cast<int>(image.bytesPerLine())};
+  int to_come = stance.mirror + (stance.angle != 0);
   // The last step writes into the image, those before it into memory of their own.
-  const auto room = [&](QSize room_size, Scratch& scratch) {
-    if (to_come-- == 0) return Argb{image.bits(), static_cast<int>(image.bytesPerLine())};
-    return Argb{scratch.of(bytes_of(room_size)), room_size.width() * pixel_bytes};
+  const auto room = [&](Scratch& scratch) {
+    return to_come-- == 0 ? target : Argb{scratch.of(bytes_of(upright)), row};
   };
-  Argb now = room(arriving, converted_);
+  Argb now = room(converted_);
   to_argb(source, now.pixels, now.stride);
-  if (arriving != upright) {
-    const Argb to = room(upright, scaled_);
-    libyuv::ARGBScale(now.pixels, now.stride, source.width, source.height, to.pixels, to.stride, upright.width(),
-                      upright.height(), libyuv::kFilterBilinear);
-    now = to;
-  }
   if (stance.mirror) {
-    const Argb to = room(upright, mirrored_);
+    const Argb to = room(mirrored_);
     libyuv::ARGBMirror(now.pixels, now.stride, to.pixels, to.stride, upright.width(), upright.height());
     now = to;
   }
-  if (turns) {
-    const Argb to = room(size, mirrored_);
-    libyuv::ARGBRotate(now.pixels, now.stride, to.pixels, to.stride, upright.width(), upright.height(),
+  if (stance.angle != 0) {
+    libyuv::ARGBRotate(now.pixels, now.stride, target.pixels, target.stride, upright.width(), upright.height(),
                        static_cast<libyuv::RotationMode>(stance.angle));
   }
   return image;

@@ -7,7 +7,10 @@
 #include <QRectF>
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <vector>
+
+#include "platform/cascades/plane_scaler.h"
 
 namespace handset {
 
@@ -47,18 +50,23 @@ class PictureConverter {
   QImage convert(const Nv12& frame, QSize size, Stance stance);
 
  private:
-  /// A picture of 32-bit pixels without padding.
+  /// Memory that grows when it must.
   struct Scratch {
     std::vector<std::uint8_t> bytes;
     std::uint8_t* of(std::size_t size);
   };
+  struct Step {
+    Nv12 scale(const Nv12& from, QSize size);
+    PlaneScaler luma{1};
+    PlaneScaler chroma{2};
+    Scratch planes;
+  };
   QImage& image_to_fill(QSize size);
-  Nv12 halved(const Nv12& frame, QSize size);
+  Nv12 sized(const Nv12& frame, QSize size);
 
   std::array<QImage, 3> images_;
-  Scratch halved_;
+  std::deque<Step> steps_;
   Scratch converted_;
-  Scratch scaled_;
   Scratch mirrored_;
 };
 
