@@ -63,10 +63,11 @@ Container {
         Item {
             id: card
 
-            readonly property real most: parent.height - 2 * Theme.spacing
+            readonly property real most: menu.height - 2 * Theme.spacing
             readonly property real wanted: list.contentHeight + header.height + 2 * Theme.spacingSmall
 
-            y: Theme.spacing
+            // Below the container's padding, or higher where a row would not fit otherwise.
+            y: Math.min(Theme.spacing, parent.height - Theme.spacing - height)
             width: parent.width
             height: Math.min(most, wanted)
 
