@@ -1,19 +1,17 @@
 #include "platform/cascades/pickers.h"
 
-#include <QColor>
 #include <QDir>
 #include <QFileInfo>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQmlProperty>
 #include <QQuickWindow>
 #include <QSettings>
 #include <QUrl>
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include "platform/cascades/application.h"
+#include "platform/cascades/picker_card.h"
 #include "platform/device/sandbox.h"
 
 namespace bb::cascades::pickers {
@@ -35,33 +33,22 @@ QString first_folder() {
   return QFileInfo(pictures).isDir() ? pictures : QDir::rootPath();
 }
 
-/// Some dialogs tell capitals from small letters.
+QStringList patterns_of(FileType::Type type) {
+  if (type != FileType::Picture) return {QStringLiteral("*")};
+  return {QStringLiteral("*.png"), QStringLiteral("*.jpg"), QStringLiteral("*.jpeg"), QStringLiteral("*.bmp"),
+          QStringLiteral("*.gif")};
+}
+
+/// As dialogs take them, some of which tell capitals from small letters.
 QStringList name_filters(FileType::Type type) {
   if (type != FileType::Picture) return {QStringLiteral("All files (*)")};
-  QStringList patterns;
-  for (const char* ending : {"png", "jpg", "jpeg", "bmp", "gif"}) {
-    const QString pattern = QStringLiteral("*.") + QLatin1String(ending);
-    patterns << pattern << pattern.toUpper();
-  }
+  QStringList patterns = patterns_of(type);
+  for (const QString& pattern : patterns_of(type)) patterns << pattern.toUpper();
   return {QStringLiteral("Pictures (%1)").arg(patterns.join(QLatin1Char(' ')))};
 }
 
-/// Makes Qt's own dialog, which lies in the desktop window's pixels, as large as the window and as dark as the rest.
-void dress(QObject* popup, const QQuickWindow* window) {
-  constexpr std::pair<const char*, const char*> colours[] = {
-      {"window", "#101216"},     {"light", "#1a1d23"},      {"base", "#101216"},      {"button", "#272b33"},
-      {"mid", "#414957"},        {"midlight", "#323843"},   {"dark", "#4a5361"},      {"text", "#f3f5f8"},
-      {"windowText", "#f3f5f8"}, {"buttonText", "#f3f5f8"}, {"highlight", "#2b6a8f"}, {"highlightedText", "#ffffff"},
-  };
-  for (const auto& [role, colour] : colours)
-    QQmlProperty::write(popup, QStringLiteral("palette.") + QLatin1String(role), QColor(QLatin1String(colour)));
-  QQmlProperty::write(popup, QStringLiteral("font.pixelSize"), 17);
-  popup->setProperty("width", std::min(window->width(), 900));
-  popup->setProperty("height", window->height());
-}
-
-/// The part of Qt's own dialog that is seen; null where the desktop's own is shown.
-QObject* find_popup(const QQuickWindow* window) {
+/// Qt's own dialog, which it puts into the window where it knows none of the desktop's; null where it does.
+QObject* find_substitute(const QQuickWindow* window) {
   const QObjectList objects = window->findChildren<QObject*>();
   const auto found = std::find_if(objects.begin(), objects.end(),
                                   [](const QObject* object) { return object->inherits("QQuickFileDialogImpl"); });
@@ -73,7 +60,7 @@ QObject* find_popup(const QQuickWindow* window) {
 FilePicker::FilePicker(QObject* parent) : QObject(parent) {}
 
 FilePicker::~FilePicker() {
-  delete dialog_.data();
+  drop();
 }
 
 void FilePicker::setTitle(const QString& title) {
@@ -85,47 +72,58 @@ void FilePicker::setTitle(const QString& title) {
 void FilePicker::open() {
   if (open_) return;
   open_ = true;
-  const bool saver = mode_ == FilePickerMode::Saver || mode_ == FilePickerMode::SaverMultiple;
-  dialog_ = saver ? nullptr : make_dialog();
-  if (!dialog_) {
+  if (mode_ == FilePickerMode::Saver || mode_ == FilePickerMode::SaverMultiple) {
     QMetaObject::invokeMethod(this, &FilePicker::reject, Qt::QueuedConnection);
-    return;
+  } else if (!open_native()) {
+    open_card();
   }
-  QMetaObject::invokeMethod(dialog_, "open");
-  const QQuickWindow* window = Application::instance()->desktopWindow();
-  QObject* popup = find_popup(window);
-  if (!popup) return;
-  const auto fit = [popup, window] { dress(popup, window); };
-  fit();
-  connect(window, &QWindow::widthChanged, popup, fit);
-  connect(window, &QWindow::heightChanged, popup, fit);
 }
 
-/// @return null, after one line on the error stream, when there is no such dialog
-QObject* FilePicker::make_dialog() {
+/// @return false when there is no dialog of the desktop's
+bool FilePicker::open_native() {
+  QQuickWindow* const window = Application::instance()->desktopWindow();
   QQmlComponent component(Application::instance()->engine(),
                           QUrl(QStringLiteral("qrc:/bb/cascades/picker/FilePickerDialog.qml")));
-  QObject* dialog = component.createWithInitialProperties({
+  QObject* const dialog = component.createWithInitialProperties({
       {QStringLiteral("title"), title_},
       {QStringLiteral("several"), mode_ == FilePickerMode::PickerMultiple},
       {QStringLiteral("nameFilters"), name_filters(type_)},
       {QStringLiteral("currentFolder"), QUrl::fromLocalFile(first_folder())},
+      {QStringLiteral("parentWindow"), QVariant::fromValue<QWindow*>(window)},
   });
-  if (!dialog) {
-    const QString reason = component.errors().isEmpty() ? QString() : component.errors().constFirst().description();
-    std::fprintf(stderr, "cannot open the file dialog: %s\n", qUtf8Printable(reason));
-    return nullptr;
+  if (!dialog) return false;  // the module is not installed
+  QMetaObject::invokeMethod(dialog, "open");
+  // Qt tells in no other way. Its own dialog has colours and sizes of its own and shows no pictures.
+  if (QObject* const substitute = find_substitute(window)) {
+    QMetaObject::invokeMethod(dialog, "close");
+    delete dialog;
+    delete substitute;
+    return false;
   }
   dialog->setParent(this);
-  dialog->setProperty("parentWindow", QVariant::fromValue<QWindow*>(Application::instance()->desktopWindow()));
+  shown_ = dialog;
   connect(dialog, SIGNAL(accepted()), this, SLOT(accept()));
   connect(dialog, SIGNAL(rejected()), this, SLOT(reject()));
-  return dialog;
+  return true;
+}
+
+void FilePicker::open_card() {
+  auto* const card = new handset::PickerCard(title_, first_folder(), patterns_of(type_), this);
+  shown_ = card;
+  // Queued, since who calls may be an item of the card's document; by then the card may be another one's predecessor.
+  const auto finish = [this, card](const QStringList& files) {
+    if (shown_ == card) end(files);
+  };
+  connect(
+      card, &handset::PickerCard::picked, this, [finish](const QString& path) { finish({path}); },
+      Qt::QueuedConnection);
+  connect(
+      card, &handset::PickerCard::closed, this, [finish] { finish({}); }, Qt::QueuedConnection);
 }
 
 void FilePicker::accept() {
   QStringList files;
-  const auto urls = dialog_->property("selectedFiles").value<QList<QUrl>>();
+  const auto urls = shown_->property("selectedFiles").value<QList<QUrl>>();
   for (const QUrl& url : urls) {
     if (url.isLocalFile()) files << url.toLocalFile();
   }
@@ -139,15 +137,27 @@ void FilePicker::reject() {
 /// @param files  none: canceled
 void FilePicker::end(const QStringList& files) {
   if (!std::exchange(open_, false)) return;
-  // The dialog is still busy with telling.
-  if (dialog_) dialog_->deleteLater();
-  dialog_ = nullptr;
+  drop();
   if (files.isEmpty()) {
     Q_EMIT canceled();
     return;
   }
   memory().setValue(QLatin1String(folder_key), QFileInfo(files.constFirst()).absolutePath());
   Q_EMIT fileSelected(files);
+}
+
+void FilePicker::drop() {
+  if (!shown_) return;
+  shown_->disconnect(this);
+  if (auto* card = qobject_cast<handset::PickerCard*>(shown_)) {
+    delete card;
+    return;
+  }
+  // The dialog may be in the middle of telling.
+  QMetaObject::invokeMethod(shown_, "close");
+  shown_->setParent(nullptr);
+  shown_->deleteLater();
+  shown_ = nullptr;
 }
 
 }  // namespace bb::cascades::pickers

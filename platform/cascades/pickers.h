@@ -22,15 +22,16 @@ class FileType {
   Q_ENUM(Type)
 };
 
-/// Lets the user pick a file: the desktop's own dialog, or one in the window where there is none. The folder of the
-/// last pick is remembered across restarts; the first one is the user's Pictures. UI thread.
+/// Lets the user pick a file: the desktop's own dialog where Qt knows one, else a card in the window, which picks a
+/// single one. The folder of the last pick is remembered across restarts; the first one is the user's Pictures. UI
+/// thread.
 class FilePicker : public QObject {
   Q_OBJECT
   Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY titleChanged)
 
  public:
   explicit FilePicker(QObject* parent = nullptr);
-  /// An open dialog is closed without a signal.
+  /// What is open is closed without a signal.
   ~FilePicker() override;
 
   QString title() const { return title_; }
@@ -42,8 +43,7 @@ class FilePicker : public QObject {
   /// Pictures are PNG, JPEG, BMP and GIF; every other type is any file.
   void setType(FileType::Type type) { type_ = type; }
 
-  /// Nothing while it is open. Ends with exactly one of fileSelected and canceled. Where the dialog cannot be shown
-  /// that is the latter, after one line on the error stream.
+  /// Nothing while it is open. Ends with exactly one of fileSelected and canceled, after this call has returned.
   Q_INVOKABLE void open();
 
  Q_SIGNALS:
@@ -57,14 +57,16 @@ class FilePicker : public QObject {
   void reject();
 
  private:
-  QObject* make_dialog();
+  bool open_native();
+  void open_card();
   void end(const QStringList& files);
+  void drop();
 
   QString title_;
   FilePickerMode::Type mode_ = FilePickerMode::Picker;
   FileType::Type type_ = FileType::Other;
-  QPointer<QObject> dialog_;
   bool open_ = false;
+  QPointer<QObject> shown_;  ///< dialog or card
 };
 
 }  // namespace bb::cascades::pickers

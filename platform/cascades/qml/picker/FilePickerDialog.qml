@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Dialogs
 
-// The desktop's dialog where there is one, and Qt's own inside the window where not.
+// The desktop's own file dialog.
 FileDialog {
     property bool several: false
 
