@@ -11,6 +11,8 @@ Container {
     required property bool atRight
     property string heading: ""
     property string markedTitle: ""
+    // The filter that was chosen last; the program begins with none.
+    property string filterTitle: "Normal"
 
     signal chosen(var indexPath, string title)
     signal backRequested()
@@ -20,7 +22,20 @@ Container {
         slide.play();
     }
 
-    function toTop() {
+    // At the main list again.
+    function enterMain() {
+        enter("", "");
+    }
+
+    // At the list that a row of the main one leads to. The row's own title is the current scene's or mode's.
+    function enterList(row, title, size) {
+        enter(["Color Filters", "", "Default Textures", "Screen Size", "", "Scene", "Mode"][row] ?? "",
+              [filterTitle, "", "", size, "", title, title][row] ?? "");
+    }
+
+    function enter(name, current) {
+        heading = name;
+        markedTitle = current;
         list.toTop();
     }
 

@@ -6,8 +6,30 @@ Container {
     id: recorder
 
     required property bool recording
+    property bool active: false
+    // The first picture of the screen is still to come.
+    property bool awaited: false
 
     signal stopClicked()
+
+    function begin() {
+        active = true;
+        awaited = true;
+        visible = true;
+    }
+
+    function end() {
+        active = false;
+        awaited = false;
+        visible = false;
+    }
+
+    // A camera that starts after the screen's is a lens again.
+    function cameraStarted() {
+        if (!awaited)
+            end();
+        awaited = false;
+    }
 
     objectName: "screenrecorderContainer"
     width: stop.width + (name.visible ? name.implicitWidth + Theme.spacingSmall + Theme.spacingLarge : 0)

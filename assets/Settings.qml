@@ -12,20 +12,14 @@ NavigationPane {
         id: page
 
         readonly property bool wide: width > height
-        // The camera is the desktop unit, because this page has asked for it; its first picture is still to come.
-        property bool screenMode: false
-        property bool screenAwaited: false
-        // The one filter that the action menu has set last.
-        property string filterTitle: "Normal"
 
         function openMenu() {
             if (!capture.menuButton.visible)
                 return;
-            menu.heading = "";
-            menu.markedTitle = "";
             _mainApp.setMenuVisible(true);
             capture.menuButton.visible = false;
             menu.visible = true;
+            menu.enterMain();
             menu.play();
         }
 
@@ -38,31 +32,22 @@ NavigationPane {
         // Closing it makes the program build the main list when it opens again.
         function backInMenu() {
             _mainApp.setMenuVisible(false);
-            menu.heading = "";
-            menu.markedTitle = "";
             _mainApp.setMenuVisible(true);
-            menu.toTop();
+            menu.enterMain();
         }
 
-        // The row of the main list that has led to a list says what that list's current row is.
         function chooseInMenu(indexPath, title) {
-            const row = indexPath[0];
             const inMain = menu.heading === "";
             if (menu.heading === "Color Filters")
-                filterTitle = title;
+                menu.filterTitle = title;
             _mainApp.peformMenuAction(indexPath);
-            if (!inMain || !menu.visible)
-                return;
-            menu.heading = ["Color Filters", "", "Default Textures", "Screen Size", "", "Scene", "Mode"][row] ?? "";
-            menu.markedTitle = [filterTitle, "", "", status.sizeText, "", title, title][row] ?? "";
-            menu.toTop();
+            if (inMain && menu.visible)
+                menu.enterList(indexPath[0], title, status.sizeText);
         }
 
         function openSizes() {
-            if (!status.recording) {
-                menu.heading = "Screen Size";
-                menu.markedTitle = status.sizeText;
-            }
+            if (!status.recording)
+                menu.enterList(3, "", status.sizeText);
             _mainApp.setScreenSize();
         }
 
@@ -74,9 +59,7 @@ NavigationPane {
         }
 
         function enterScreenMode() {
-            screenMode = true;
-            screenAwaited = true;
-            recorder.visible = true;
+            recorder.begin();
             _mainApp.startScreenRecorder();
         }
 
@@ -85,13 +68,7 @@ NavigationPane {
                 _mainApp.onStartStopRecording();
             _mainApp.onStopCamera();
             _mainApp.restartCamera();
-            endScreenMode();
-        }
-
-        function endScreenMode() {
-            screenMode = false;
-            screenAwaited = false;
-            recorder.visible = false;
+            recorder.end();
         }
 
         Keys.onPressed: event => {
@@ -119,12 +96,7 @@ NavigationPane {
         Viewfinder {
             id: viewfinder
             anchors.fill: parent
-            // A camera that was started after the screen's is a lens again.
-            onAttached: {
-                if (!page.screenAwaited)
-                    page.endScreenMode();
-                page.screenAwaited = false;
-            }
+            onAttached: recorder.cameraStarted()
         }
 
         // Out of the keyboard's reach while a list lies over them.
@@ -144,7 +116,7 @@ NavigationPane {
             StatusBar {
                 id: status
                 width: page.wide ? page.width - capture.thickness : page.width
-                sizeShown: !page.screenMode
+                sizeShown: !recorder.active
                 onSizeClicked: page.openSizes()
                 onMoreClicked: more.open()
             }

@@ -1,8 +1,9 @@
 import QtQuick
 import bb.cascades.state 1.0 as State
 
-// An area for controls; those of the document begin below the top padding. Controls that the program adds are on top of
-// them, in the middle: as large as they ask for, but no larger than the area, and all over it where they ask for nothing.
+// An area for controls; those of the document begin below the top padding. Controls that the program adds are on top
+// of them, in the middle: as large as they ask for, but no larger than the area, and all over it where they ask for
+// nothing.
 State.Container {
     id: container
 

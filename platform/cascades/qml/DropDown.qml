@@ -3,8 +3,8 @@ import QtQuick.Templates as T
 import bb.cascades 1.0
 import bb.cascades.state 1.0 as State
 
-// A field that shows the choice and opens the list of all of them, inside the page that it stands in. Up and Down change
-// the choice without opening it.
+// A field that shows the choice and opens the list of all of them, inside the page that it stands in. Up and Down
+// change the choice without opening it.
 State.DropDown {
     id: box
 

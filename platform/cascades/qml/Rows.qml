@@ -3,8 +3,8 @@ import QtQuick as Quick
 import QtQuick.Templates as T
 import bb.cascades 1.0
 
-// Rows of one height, each a ListRow, that scroll, for finger, wheel and keyboard: arrows, pages and both ends move, Enter and Space
-// choose.
+// Rows of one height, each a ListRow, that scroll, for finger, wheel and keyboard: arrows, pages and both ends move,
+// Enter and Space choose.
 Quick.ListView {
     id: rows
 
