@@ -1,5 +1,6 @@
 #include "platform/cascades/graphics.h"
 
+#include <QDir>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -18,7 +19,17 @@ bool is_rasterizer(const QByteArray& renderer) {
   return renderer.isEmpty();
 }
 
+/// Asking OpenGL where there is nothing to drive loads a rasterizer, whose 55 MB stay for the life of the process.
+bool has_gpu_device() {
+  const QDir devices(QStringLiteral("/dev"));
+  return !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty() ||
+         !devices
+              .entryList({QStringLiteral("nvidia[0-9]*"), QStringLiteral("mali*"), QStringLiteral("dxg")}, QDir::System)
+              .isEmpty();
+}
+
 bool has_gpu() {
+  if (!has_gpu_device()) return false;
   QOpenGLContext context;
   if (!context.create()) return false;
   QOffscreenSurface surface;
