@@ -3,6 +3,8 @@ import bb.cascades 1.0
 
 // An angle that points down; turned, it points anywhere.
 Item {
+    id: chevron
+
     property color color: Theme.textDim
 
     width: 30
@@ -14,13 +16,13 @@ Item {
         Rectangle {
             required property int modelData
 
-            x: parent.width / 2 - width / 2 + modelData * 7
-            y: parent.height / 2 - height / 2
+            x: chevron.width / 2 - width / 2 + modelData * 7
+            y: chevron.height / 2 - height / 2
             width: 22
             height: 5
             radius: height / 2
             rotation: -45 * modelData
-            color: parent.color
+            color: chevron.color
             antialiasing: true
         }
     }
