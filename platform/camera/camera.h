@@ -46,11 +46,13 @@ enum camera_feature_t : std::int32_t {
 /// Stream properties, passed as property/value pairs ended by -1.
 enum camera_imgprop_t : std::int32_t {
   CAMERA_IMGPROP_END = -1,
-  CAMERA_IMGPROP_FORMAT = 0,         ///< camera_frametype_t, read only
-  CAMERA_IMGPROP_WIDTH = 1,          ///< pixels, even
-  CAMERA_IMGPROP_HEIGHT = 2,         ///< pixels, even
-  CAMERA_IMGPROP_FRAMERATE = 3,      ///< frames per second, 1..120; default 30
-  CAMERA_IMGPROP_ROTATION = 6,       ///< 0, 90, 180 or 270 degrees
+  CAMERA_IMGPROP_FORMAT = 0,     ///< camera_frametype_t, read only
+  CAMERA_IMGPROP_WIDTH = 1,      ///< pixels, even
+  CAMERA_IMGPROP_HEIGHT = 2,     ///< pixels, even
+  CAMERA_IMGPROP_FRAMERATE = 3,  ///< frames per second, 1..120; default 30
+  /// 0, 90, 180 or 270 degrees. Kept for the stream and never done to a pixel: no camera here turns with the handset,
+  /// so every frame is upright as it is. The screen gets the viewfinder's with the frames; a film carries none.
+  CAMERA_IMGPROP_ROTATION = 6,
   CAMERA_IMGPROP_STABILIZATION = 7,  ///< 1 on, 0 off
   CAMERA_IMGPROP_WIN_GROUPID = 11,   ///< C string, viewfinder stream only
   CAMERA_IMGPROP_WIN_ID = 12,        ///< C string, viewfinder stream only

@@ -26,6 +26,8 @@ struct CameraServiceConfig {
   std::string microphone = "default";  ///< default, none or tone
   bool video_light = true;
   bool stabilization = true;
+  /// Bytes that a recording leaves free on its disk: it ends when there are fewer, and its file is completed there.
+  std::uint64_t disk_margin = 16U * 1024 * 1024;
   std::string memory_file;  ///< remembers which found camera is rear and which front; empty: not kept
 };
 

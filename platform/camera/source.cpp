@@ -120,6 +120,7 @@ int resolve_found_camera(const CameraServiceConfig& config, camera_unit_t unit, 
   std::vector<FoundCamera> cameras = find_cameras();
   if (cameras.empty()) {
     use_scene(source);
+    source->stands_in = true;
     return 0;
   }
   std::vector<std::string> identities;

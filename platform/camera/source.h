@@ -17,6 +17,7 @@ struct Source {
   std::string argument;             ///< clip: absolute path; custom: bin description
   FoundCamera camera;               ///< device
   std::vector<camera_res_t> sizes;  ///< what the unit lists; a clip's own size is first
+  bool stands_in = false;           ///< a scene because no camera was found
 
   bool is_clip() const { return kind == Kind::clip; }
   /// May deliver faster than its timestamps say, and may therefore run unpaced.

@@ -1,84 +1,13 @@
 #include "platform/camera/unit.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
-
-#include "platform/camera/encoders.h"
-#include "platform/camera/microphone.h"
 
 namespace handset {
 namespace {
 
-constexpr int zoom_maximum = 120;
 constexpr std::chrono::milliseconds service_turn{100};
 constexpr std::chrono::milliseconds clip_drain{5000};
-constexpr std::chrono::milliseconds recording_start{4000};
-constexpr std::chrono::milliseconds preparation_patience{1500};
-
-/// What a scene mode does to the picture where the device has no such mode: a mild preset.
-struct Look {
-  double brightness, contrast, saturation;
-};
-
-Look look_of(camera_scenemode_t mode) {
-  switch (mode) {
-    case CAMERA_SCENE_BEACH_SNOW:
-      return {-0.06, 0.06, 0.10};
-    case CAMERA_SCENE_NIGHT:
-      return {0.10, 0.04, -0.10};
-    case CAMERA_SCENE_CLOSEUP:
-      return {0.0, 0.08, 0.12};
-    case CAMERA_SCENE_ACTION:
-      return {0.02, 0.12, 0.04};
-    default:
-      return {0, 0, 0};
-  }
-}
-
-bool known_scene(camera_scenemode_t mode) {
-  return mode == CAMERA_SCENE_AUTO || mode == CAMERA_SCENE_CLOSEUP || mode == CAMERA_SCENE_ACTION ||
-         mode == CAMERA_SCENE_BEACH_SNOW || mode == CAMERA_SCENE_NIGHT;
-}
-
-/// @return 0 when a path is a regular file that can be written, else an errno value
-int check_writable(const char* path) {
-  const int fd = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) return errno;
-  struct stat status {};
-  const bool regular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
-  close(fd);
-  return regular ? 0 : EINVAL;
-}
-
-/// Writes one value into a stream's settings. @return 0, EINVAL or ENOTSUP
-int set_number(StreamProperties* properties, int property, int value, bool stabilizes) {
-  switch (property) {
-    case CAMERA_IMGPROP_WIDTH:
-    case CAMERA_IMGPROP_HEIGHT:
-      if (value < 2 || value % 2 != 0) return EINVAL;
-      (property == CAMERA_IMGPROP_WIDTH ? properties->width : properties->height) = value;
-      return 0;
-    case CAMERA_IMGPROP_FRAMERATE:
-      if (value < 1 || value > 120) return EINVAL;
-      properties->frame_rate = value;
-      return 0;
-    case CAMERA_IMGPROP_ROTATION:
-      if (value != 0 && value != 90 && value != 180 && value != 270) return EINVAL;
-      properties->rotation = value;
-      return 0;
-    case CAMERA_IMGPROP_STABILIZATION:
-      if (!stabilizes) return ENOTSUP;
-      if (value != 0 && value != 1) return EINVAL;
-      properties->stabilization = value;
-      return 0;
-    default:
-      return EINVAL;
-  }
-}
 
 }  // namespace
 
@@ -114,57 +43,27 @@ bool CameraUnit::has_feature(int feature) const {
 }
 
 int CameraUnit::set_properties(Stream stream, int property, std::va_list* values) {
-  const std::lock_guard lock(state_mutex_);
-  StreamProperties& target = stream == Stream::viewfinder ? viewfinder_ : video_;
-  StreamProperties wanted = target;
-  for (; property != CAMERA_IMGPROP_END; property = va_arg(*values, int)) {
-    if (property == CAMERA_IMGPROP_WIN_GROUPID || property == CAMERA_IMGPROP_WIN_ID) {
-      const char* text = va_arg(*values, const char*);
-      if (stream != Stream::viewfinder || text == nullptr) return EINVAL;
-      (property == CAMERA_IMGPROP_WIN_ID ? wanted.window_id : wanted.window_group) = text;
-      continue;
-    }
-    const int error = set_number(&wanted, property, va_arg(*values, int), has_feature(CAMERA_FEATURE_STABILIZATION));
-    if (error != 0) return error;
+  const bool of_viewfinder = stream == Stream::viewfinder;
+  std::shared_ptr<ViewfinderFeed> feed;
+  int rotation = 0;
+  {
+    const std::lock_guard lock(state_mutex_);
+    StreamProperties& target = of_viewfinder ? viewfinder_ : video_;
+    StreamProperties wanted = target;
+    const StreamAbilities abilities{.window = of_viewfinder, .stabilizes = has_feature(CAMERA_FEATURE_STABILIZATION)};
+    if (const int error = write_properties(&wanted, abilities, property, values)) return error;
+    if (reshapes(target, wanted) && capture_ != nullptr) return EBUSY;
+    target = wanted;
+    feed = feed_;
+    rotation = viewfinder_.rotation;
   }
-  const bool reshapes = wanted.width != target.width || wanted.height != target.height ||
-                        wanted.frame_rate != target.frame_rate || wanted.window_group != target.window_group ||
-                        wanted.window_id != target.window_id;
-  if (reshapes && capture_ != nullptr) return EBUSY;
-  target = wanted;
+  if (of_viewfinder && feed) feed->slot().set_rotation(rotation);
   return 0;
 }
 
 int CameraUnit::get_properties(Stream stream, int property, std::va_list* values) const {
   const std::lock_guard lock(state_mutex_);
-  const StreamProperties& source = stream == Stream::viewfinder ? viewfinder_ : video_;
-  for (; property != CAMERA_IMGPROP_END; property = va_arg(*values, int)) {
-    int* value = va_arg(*values, int*);
-    if (value == nullptr) return EINVAL;
-    switch (property) {
-      case CAMERA_IMGPROP_FORMAT:
-        *value = CAMERA_FRAMETYPE_NV12;
-        break;
-      case CAMERA_IMGPROP_WIDTH:
-        *value = source.width;
-        break;
-      case CAMERA_IMGPROP_HEIGHT:
-        *value = source.height;
-        break;
-      case CAMERA_IMGPROP_FRAMERATE:
-        *value = source.frame_rate;
-        break;
-      case CAMERA_IMGPROP_ROTATION:
-        *value = source.rotation;
-        break;
-      case CAMERA_IMGPROP_STABILIZATION:
-        *value = source.stabilization;
-        break;
-      default:
-        return EINVAL;
-    }
-  }
-  return 0;
+  return read_properties(stream == Stream::viewfinder ? viewfinder_ : video_, property, values);
 }
 
 // --- viewfinder -------------------------------------------------------------------------------
@@ -189,7 +88,10 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
     const std::lock_guard lock(state_mutex_);
     frame_rate = viewfinder_.frame_rate;
     viewfinder_client_ = {frame_callback, status_callback, arg};
-    slot_ = viewfinder_slot(viewfinder_.window_group, viewfinder_.window_id);
+    feed_ = std::make_shared<ViewfinderFeed>(viewfinder_slot(viewfinder_.window_group, viewfinder_.window_id));
+    feed_->slot().set_rotation(viewfinder_.rotation);
+    feed_->slot().set_notice({});
+    feed_->slot().set_hint(source_.stands_in ? "No camera found: this is the built-in scene" : "");
     exchange_ = std::make_shared<FrameExchange>(unpaced_ ? FrameExchange::Pace::wait : FrameExchange::Pace::drop,
                                                 [weak = weak_from_this()](const Frame& frame) {
                                                   // A pair may come back after the camera is closed.
@@ -233,57 +135,33 @@ int CameraUnit::launch(camera_res_t size, int frame_rate) {
     std::fprintf(stderr, "camera: %s\n", why.c_str());
     exchange->shut();
     capture.reset();
+    notify("the camera gives no picture");
+    end_feed();
   }
   const std::lock_guard lock(state_mutex_);
   capture_ = capture;
-  if (error != 0) {
-    exchange_.reset();
-    slot_.reset();
-    return error;
-  }
-  return 0;
+  if (error != 0) exchange_.reset();
+  return error;
 }
 
-/// Proves an encoder and looks for a microphone, which the first recording should not have to wait for. On a thread
-/// that nobody joins: a sound server that does not answer holds it up for half a minute.
-void CameraUnit::prepare(camera_res_t size, int frame_rate) {
-  const auto preparation = std::make_shared<Preparation>();
+/// Puts a line over the viewfinder, as long as there is one. Any thread.
+void CameraUnit::notify(const std::string& text) {
+  std::shared_ptr<ViewfinderFeed> feed;
   {
     const std::lock_guard lock(state_mutex_);
-    preparation_ = preparation;
+    feed = feed_;
   }
-  const std::string microphone = unpaced_ || audio_encoder_description().empty() ? "none" : config_.microphone;
-  std::thread([preparation, size, frame_rate, microphone] {
-    proven_video_encoder(size, frame_rate);
-    const bool sound = Microphone::available(microphone);
-    const std::lock_guard lock(preparation->mutex);
-    preparation->sound = sound;
-    preparation->done = true;
-    preparation->changed.notify_all();
-  }).detach();
+  if (feed) feed->slot().set_notice(text);
 }
 
-/// Waits a bounded time for what prepare() began. @param sound  whether there is a microphone that delivers
-/// @return false when it is not through
-bool CameraUnit::wait_prepared(bool* sound) const {
-  std::shared_ptr<Preparation> preparation;
+/// No more pictures on the screen from this run.
+void CameraUnit::end_feed() {
+  std::shared_ptr<ViewfinderFeed> feed;
   {
     const std::lock_guard lock(state_mutex_);
-    preparation = preparation_;
+    feed = feed_;
   }
-  *sound = false;
-  if (!preparation) return true;
-  std::unique_lock lock(preparation->mutex);
-  const bool through = preparation->changed.wait_for(lock, preparation_patience, [&] { return preparation->done; });
-  *sound = preparation->sound;
-  return through;
-}
-
-/// The microphone to record, or "none" when there is none or it does not answer in time.
-std::string CameraUnit::microphone_for_recording() const {
-  bool sound = false;
-  if (!wait_prepared(&sound)) std::fputs("no sound: the microphone does not answer\n", stderr);
-  return sound ? config_.microphone : "none";
+  if (feed) feed->end();
 }
 
 int CameraUnit::stop_viewfinder() {
@@ -319,12 +197,12 @@ int CameraUnit::stop_viewfinder() {
   const std::lock_guard control(control_mutex_);
   if (exchange != this->exchange()) return 0;  // another thread has stopped it, and started it again
   end_recording();
+  end_feed();
   const std::lock_guard lock(state_mutex_);
   recorder_.reset();
   capture_.reset();
   exchange_.reset();
-  if (slot_) slot_->clear();
-  slot_.reset();
+  feed_.reset();
   return 0;
 }
 
@@ -340,18 +218,18 @@ std::shared_ptr<Recorder> CameraUnit::recorder() const {
 
 /// A finished frame on its way to screen and film. Filter thread, or streaming thread.
 void CameraUnit::publish(const Frame& frame) {
-  std::shared_ptr<ViewfinderSlot> slot;
+  std::shared_ptr<ViewfinderFeed> feed;
   std::shared_ptr<Recorder> recorder;
   Client viewfinder;
   Client video;
   {
     const std::lock_guard lock(state_mutex_);
-    slot = slot_;
+    feed = feed_;
     recorder = recorder_;
     viewfinder = viewfinder_client_;
     video = video_client_;
   }
-  if (slot) slot->post(frame);
+  if (feed) feed->post(frame);
   if (viewfinder.frame != nullptr) call_with_descriptor(viewfinder, frame);
   if (recorder && recorder->push(frame) && video.frame != nullptr) call_with_descriptor(video, frame);
 }
@@ -409,6 +287,8 @@ void CameraUnit::revoke(const std::string& why, const StopFlag& stop) {
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   if (exchange) exchange->shut();
   if (capture) capture->stop();
+  notify("camera disconnected");
+  end_feed();
   if (client.status != nullptr) client.status(handle_, CAMERA_STATUS_RESOURCES_REVOKED, 0, client.arg);
   if (*stop) return;  // whoever stops the viewfinder completes the film
   const std::lock_guard control(control_mutex_);
@@ -433,156 +313,6 @@ void CameraUnit::finish_clip(const StopFlag& stop) {
   if (client.status != nullptr && recorder != nullptr && recorder->stop() == 0) {
     client.status(handle_, CAMERA_STATUS_VIDEO_FINISHED, 0, client.arg);
   }
-}
-
-// --- controls ---------------------------------------------------------------------------------
-
-void CameraUnit::apply_look() {
-  std::shared_ptr<Capture> capture;
-  Look look{};
-  int zoom = 0;
-  {
-    const std::lock_guard lock(state_mutex_);
-    capture = capture_;
-    look = look_of(scene_);
-    if (light_) look.brightness += 0.08;
-    zoom = zoom_;
-  }
-  if (!capture) return;
-  capture->set_balance(look.brightness, look.contrast, look.saturation);
-  capture->set_zoom(1 + zoom / 40.0);
-}
-
-int CameraUnit::set_scene_mode(camera_scenemode_t mode) {
-  if (!known_scene(mode)) return EINVAL;
-  if (unit_ == CAMERA_UNIT_DESKTOP && mode != CAMERA_SCENE_AUTO) return ENOTSUP;
-  {
-    const std::lock_guard lock(state_mutex_);
-    scene_ = mode;
-  }
-  apply_look();
-  return 0;
-}
-
-int CameraUnit::set_light(camera_videolightmode_t mode) {
-  if (!has_feature(CAMERA_FEATURE_VIDEOLIGHT)) return ENOTSUP;
-  if (mode != CAMERA_VIDEOLIGHT_OFF && mode != CAMERA_VIDEOLIGHT_ON) return EINVAL;
-  {
-    const std::lock_guard lock(state_mutex_);
-    light_ = mode == CAMERA_VIDEOLIGHT_ON;
-  }
-  apply_look();
-  return 0;
-}
-
-int CameraUnit::set_focus_mode(camera_focusmode_t mode) {
-  if (!has_feature(CAMERA_FEATURE_FOCUS)) return ENOTSUP;
-  const bool known = mode == CAMERA_FOCUSMODE_OFF || mode == CAMERA_FOCUSMODE_FIXED || mode == CAMERA_FOCUSMODE_AUTO ||
-                     mode == CAMERA_FOCUSMODE_MACRO || mode == CAMERA_FOCUSMODE_CONTINUOUS_AUTO;
-  return known ? 0 : EINVAL;
-}
-
-int CameraUnit::zoom_limits(int* minimum, int* maximum, bool* smooth) const {
-  *minimum = 0;
-  *maximum = has_feature(CAMERA_FEATURE_ZOOM) ? zoom_maximum : 0;
-  *smooth = true;
-  return 0;
-}
-
-int CameraUnit::set_zoom(int level) {
-  if (!has_feature(CAMERA_FEATURE_ZOOM)) return ENOTSUP;
-  if (level < 0 || level > zoom_maximum) return EINVAL;
-  {
-    const std::lock_guard lock(state_mutex_);
-    zoom_ = level;
-  }
-  apply_look();
-  return 0;
-}
-
-// --- recording --------------------------------------------------------------------------------
-
-int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t video_callback,
-                            camera_status_callback_t status_callback, void* arg) {
-  if (filename == nullptr) return EINVAL;
-  const std::lock_guard control(control_mutex_);
-  std::shared_ptr<Capture> capture;
-  {
-    const std::lock_guard lock(state_mutex_);
-    if (capture_ == nullptr) return EINVAL;
-    if (lost_) return EIO;
-    if (recorder_ != nullptr) return EALREADY;
-    capture = capture_;
-  }
-  if (const int error = check_writable(filename)) return error;
-
-  Recorder::Setup setup{.path = filename,
-                        .info = capture->picture(),
-                        .rate_numerator = 0,
-                        .rate_denominator = 1,
-                        .microphone = microphone_for_recording(),
-                        .wait_for_room = unpaced_};
-  capture->frame_rate(&setup.rate_numerator, &setup.rate_denominator);
-  if (setup.rate_numerator <= 0) {
-    setup.rate_numerator = 30;
-    setup.rate_denominator = 1;
-  }
-  const auto recorder = std::make_shared<Recorder>(setup, [this, capture](int error) {
-    // Told to the client by the service thread: there it may stop the recording or close the camera.
-    recording_error_ = error;
-    capture->wake();
-  });
-  {
-    const std::lock_guard lock(state_mutex_);
-    recorder_ = recorder;
-    video_client_ = {video_callback, status_callback, arg};
-    if (exchange_) exchange_->set_wanted(true);
-  }
-  const int error = recorder->wait_started(recording_start);
-  if (error == 0) return 0;
-  end_recording();
-  recording_error_ = 0;  // the caller gets it
-  const std::lock_guard lock(state_mutex_);
-  recorder_.reset();
-  return error;
-}
-
-/// Tells the client that its recording ended by itself. Service thread.
-void CameraUnit::report_recording_error() {
-  int error = recording_error_;
-  if (error == 0) return;
-  {
-    // start_video may be about to return this error itself; it holds the lock while it is.
-    const std::unique_lock control(control_mutex_, std::try_to_lock);
-    if (control) error = recording_error_.exchange(0);
-    if (!control || error == 0) return;
-  }
-  Client client;
-  {
-    const std::lock_guard lock(state_mutex_);
-    client = video_client_;
-  }
-  if (client.status != nullptr) {
-    client.status(handle_, CAMERA_STATUS_VIDEO_FAILED, static_cast<std::uint16_t>(error), client.arg);
-  }
-}
-
-/// Completes the film, if there is one. control_mutex_ is held.
-void CameraUnit::end_recording() {
-  const std::shared_ptr<Recorder> recorder = this->recorder();
-  if (const auto exchange = this->exchange()) exchange->set_wanted(false);
-  if (recorder) recorder->stop();
-}
-
-int CameraUnit::stop_video() {
-  const std::lock_guard control(control_mutex_);
-  const std::shared_ptr<Recorder> recorder = this->recorder();
-  if (recorder == nullptr) return EINVAL;
-  end_recording();
-  recording_error_ = 0;  // the caller gets it
-  const std::lock_guard lock(state_mutex_);
-  finished_ = std::move(recorder_);
-  return recorder->stop();
 }
 
 CameraStatistics CameraUnit::statistics() const {

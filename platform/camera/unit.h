@@ -14,20 +14,10 @@
 #include "platform/camera/frame_exchange.h"
 #include "platform/camera/recorder.h"
 #include "platform/camera/source.h"
-#include "platform/camera/viewfinder_slot.h"
+#include "platform/camera/stream_properties.h"
+#include "platform/camera/viewfinder_feed.h"
 
 namespace handset {
-
-/// Settings of one stream.
-struct StreamProperties {
-  int width = 0;
-  int height = 0;
-  int frame_rate = 30;
-  int rotation = 0;
-  int stabilization = 0;
-  std::string window_group;  ///< viewfinder only
-  std::string window_id;     ///< viewfinder only
-};
 
 /// One open camera. The functions are those of camera.h; any thread.
 ///
@@ -87,6 +77,8 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   void prepare(camera_res_t size, int frame_rate);
   bool wait_prepared(bool* sound) const;
   std::string microphone_for_recording() const;
+  void notify(const std::string& text);
+  void end_feed();
   void publish(const Frame& frame);
   void call_with_descriptor(const Client& client, const Frame& frame) const;
   void serve(const StopFlag& stop);
@@ -114,7 +106,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   StreamProperties video_;
   std::shared_ptr<Capture> capture_;
   std::shared_ptr<FrameExchange> exchange_;
-  std::shared_ptr<ViewfinderSlot> slot_;
+  std::shared_ptr<ViewfinderFeed> feed_;
   std::shared_ptr<Recorder> recorder_;
   std::shared_ptr<Recorder> finished_;  ///< the last recording, for its figures
   std::shared_ptr<Preparation> preparation_;

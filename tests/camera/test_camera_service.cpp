@@ -7,6 +7,7 @@
 
 #include "platform/camera/camera.h"
 #include "platform/camera/camera_config.h"
+#include "platform/camera/device_finder.h"
 #include "platform/camera/viewfinder_slot.h"
 #include "tests/camera/editor.h"
 #include "tests/support/film.h"
@@ -55,6 +56,7 @@ class Service : public testing::Test {
     config.rear = rear;
     config.front = "scene";
     config.microphone = "none";
+    config.disk_margin = disk_margin_;
     handset::configure_camera_service(config);
     camera_handle_t handle = CAMERA_HANDLE_INVALID;
     EXPECT_EQ(camera_open(unit, CAMERA_MODE_ALL, &handle), 0);
@@ -83,6 +85,7 @@ class Service : public testing::Test {
 
   StatusLog log_;
   const TempDir dir_;
+  std::uint64_t disk_margin_ = CameraServiceConfig().disk_margin;
   int films_ = 0;
   std::vector<camera_handle_t> opened_;
 };
@@ -242,6 +245,89 @@ TEST_F(Service, LostSourcesAreRevokedInTimeAndLeaveAPlayableFilm) {
     EXPECT_EQ(testing::internal::GetCapturedStderr().rfind("camera: ", 0), 0U);
     if (filming) {
       EXPECT_EQ(film::play(path).error, "") << source;
+    }
+  }
+}
+
+TEST_F(Service, ALostCameraLeavesANoticeAndNoPicture) {
+  const auto slot = handset::viewfinder_slot("group", "id");
+  testing::internal::CaptureStderr();
+  const camera_handle_t handle = start(frames_then_error);
+  EXPECT_TRUE(slot->latest());
+  EXPECT_EQ(slot->status().notice, "");
+  // Its editor holds a pair when the camera goes, and returns it later.
+  Editor editor(handle, [](const camera_buffer_t&) { std::this_thread::sleep_for(50ms); });
+  ASSERT_TRUE(soon([&] { return log_.revoked > 0; }));
+  std::this_thread::sleep_for(100ms);
+  editor.stop();
+  EXPECT_FALSE(slot->latest());
+  EXPECT_EQ(slot->status().notice, "camera disconnected");
+  EXPECT_EQ(camera_close(handle), 0);
+  EXPECT_EQ(slot->status().notice, "camera disconnected");
+  testing::internal::GetCapturedStderr();
+  start("scene");
+  EXPECT_EQ(slot->status().notice, "");
+  EXPECT_TRUE(soon([&] { return static_cast<bool>(slot->latest()); }));
+}
+
+TEST_F(Service, AFullDiskEndsTheRecordingWithANotice) {
+  disk_margin_ = std::uint64_t{1} << 60;  // no disk has that much room
+  const auto slot = handset::viewfinder_slot("group", "id");
+  testing::internal::CaptureStderr();
+  const camera_handle_t handle = start("scene");
+  const std::string path = new_film();
+  const int error = camera_start_video(handle, path.c_str(), nullptr, StatusLog::on_status, &log_);
+  if (error == 0) {
+    EXPECT_TRUE(soon([&] { return log_.failed != 0; }));
+    EXPECT_EQ(log_.failed, ENOSPC);
+    EXPECT_EQ(camera_stop_video(handle), ENOSPC);
+    EXPECT_EQ(film::play(path).error, "");
+  } else {
+    EXPECT_EQ(error, ENOSPC);
+  }
+  EXPECT_EQ(slot->status().notice, "storage full, recording ended");
+  EXPECT_TRUE(slot->latest());
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Service, OnlyACameraThatWasLookedForInVainHasAHint) {
+  const auto slot = handset::viewfinder_slot("group", "id");
+  const camera_handle_t handle = start("scene");
+  EXPECT_EQ(slot->status().hint, "");
+  EXPECT_EQ(camera_close(handle), 0);
+  if (!handset::find_cameras().empty()) return;  // this machine has one
+  start("auto");
+  EXPECT_EQ(slot->status().hint, "No camera found: this is the built-in scene");
+}
+
+TEST_F(Service, RotationsReachTheScreenAndTurnNoFilm) {
+  const auto slot = handset::viewfinder_slot("group", "id");
+  const camera_handle_t handle = open("scene");
+  ASSERT_EQ(configure(handle, 640, 480), 0);
+  ASSERT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_ROTATION, 90, CAMERA_IMGPROP_END), 0);
+  ASSERT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(slot->status().rotation, 90);
+  for (const int angle : {0, 90, 180, 270}) {
+    EXPECT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_ROTATION, angle, CAMERA_IMGPROP_END), 0);
+    EXPECT_EQ(camera_set_video_property(handle, CAMERA_IMGPROP_ROTATION, angle, CAMERA_IMGPROP_END), 0);
+    EXPECT_EQ(slot->status().rotation, angle);
+    const std::string path = new_film();
+    ASSERT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), 0);
+    handset::CameraStatistics statistics{};
+    ASSERT_TRUE(soon([&] {
+      handset::camera_get_statistics(handle, &statistics);
+      return statistics.recorded > 8;
+    }));
+    ASSERT_EQ(camera_stop_video(handle), 0);
+    EXPECT_EQ(film::rotation_with_ffprobe(path), "");
+    const film::Film film = film::play(path);
+    ASSERT_FALSE(film.pictures.empty());
+    EXPECT_EQ(film.orientation, "");
+    // The strip is read where it stands in an upright picture.
+    for (const film::Picture& picture : film.pictures) {
+      EXPECT_EQ(picture.width, 640);
+      EXPECT_EQ(picture.height, 480);
+      EXPECT_GE(picture.strip_number(), 0) << angle;
     }
   }
 }

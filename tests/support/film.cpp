@@ -53,6 +53,21 @@ void take_sound(GstSample* sample, Film* film) {
   gst_buffer_unmap(buffer, &map);
 }
 
+/// What the tags that came before the pictures say; "rotate-0" is the same as nothing.
+std::string orientation_of(GstElement* sink) {
+  const auto pad = handset::ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(sink, "sink"));
+  std::string orientation;
+  for (guint i = 0; GstEvent* event = gst_pad_get_sticky_event(pad.get(), GST_EVENT_TAG, i); ++i) {
+    GstTagList* tags = nullptr;
+    gst_event_parse_tag(event, &tags);
+    char* text = nullptr;
+    if (gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &text)) orientation = text;
+    g_free(text);
+    gst_event_unref(event);
+  }
+  return orientation == "rotate-0" ? "" : orientation;
+}
+
 /// Runs one track through `tail` into `take`.
 template <typename Take>
 void play_track(const std::string& path, const std::string& tail, Film* film, Take take) {
@@ -73,6 +88,7 @@ void play_track(const std::string& path, const std::string& tail, Film* film, Ta
     if (!sample) break;
     take(sample.get(), film);
   }
+  film->orientation += orientation_of(sink.get());
   const auto bus = handset::BusPtr::adopt(gst_element_get_bus(pipeline.get()));
   const auto error = handset::MessagePtr::adopt(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR));
   if (error || !gst_app_sink_is_eos(GST_APP_SINK(sink.get()))) film->error = "does not play to its end";
@@ -133,6 +149,13 @@ Film play(const std::string& path) {
 void play_sound(const std::string& path, Film* film) {
   play_track(path, "audio_0 ! aacparse ! avdec_aac ! audioconvert ! audio/x-raw,format=F32LE,layout=interleaved", film,
              take_sound);
+}
+
+std::string rotation_with_ffprobe(const std::string& path) {
+  return output_of(
+      "ffprobe -v error -select_streams v -show_entries stream_side_data=rotation:stream_tags=rotate "
+      "-of default=noprint_wrappers=1 '" +
+      path + "' 2>&1");
 }
 
 int count_with_ffprobe(const std::string& path) {

@@ -26,6 +26,7 @@ struct Picture {
 struct Film {
   std::vector<Picture> pictures;
   std::string colorimetry;    ///< of the decoded pictures, as the stream says
+  std::string orientation;    ///< that the film asks a player for, as GStreamer's tag says it; empty for upright
   std::int64_t sound_ns = 0;  ///< length of the sound
   double sound_peak = 0;      ///< largest sample, 0..1
   std::string error;          ///< empty when the film plays to its end
@@ -38,6 +39,9 @@ void play_sound(const std::string& path, Film* film);
 
 /// Number of pictures that ffprobe decodes; -1 when it complains about anything.
 int count_with_ffprobe(const std::string& path);
+
+/// What ffprobe says of a rotation that a player is to give the pictures; empty for none.
+std::string rotation_with_ffprobe(const std::string& path);
 
 /// Top-level boxes of an MP4 file, in order.
 std::vector<std::string> boxes(const std::string& path);

@@ -1,0 +1,168 @@
+// A unit's recording: what is found out for it beforehand, its start, its end.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include "platform/camera/encoders.h"
+#include "platform/camera/microphone.h"
+#include "platform/camera/unit.h"
+
+namespace handset {
+namespace {
+
+constexpr std::chrono::milliseconds recording_start{4000};
+constexpr std::chrono::milliseconds preparation_patience{1500};
+
+/// @return 0 when a path is a regular file that can be written, else an errno value
+int check_writable(const char* path) {
+  const int fd = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return errno;
+  struct stat status {};
+  const bool regular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+  close(fd);
+  return regular ? 0 : EINVAL;
+}
+
+/// What the viewfinder says of a recording that has ended by itself.
+std::string end_notice(int error) {
+  if (error == ENOSPC) return "storage full, recording ended";
+  if (error == ETIMEDOUT) return "recording ended: the encoder has stopped";
+  return "recording ended: " + std::generic_category().message(error);
+}
+
+}  // namespace
+
+/// Proves an encoder and looks for a microphone, which the first recording should not have to wait for. On a thread
+/// that nobody joins: a sound server that does not answer holds it up for half a minute.
+void CameraUnit::prepare(camera_res_t size, int frame_rate) {
+  const auto preparation = std::make_shared<Preparation>();
+  {
+    const std::lock_guard lock(state_mutex_);
+    preparation_ = preparation;
+  }
+  const std::string microphone = unpaced_ || audio_encoder_description().empty() ? "none" : config_.microphone;
+  std::thread([preparation, size, frame_rate, microphone] {
+    proven_video_encoder(size, frame_rate);
+    const bool sound = Microphone::available(microphone);
+    const std::lock_guard lock(preparation->mutex);
+    preparation->sound = sound;
+    preparation->done = true;
+    preparation->changed.notify_all();
+  }).detach();
+}
+
+/// Waits a bounded time for what prepare() began. @param sound  whether there is a microphone that delivers
+/// @return false when it is not through
+bool CameraUnit::wait_prepared(bool* sound) const {
+  std::shared_ptr<Preparation> preparation;
+  {
+    const std::lock_guard lock(state_mutex_);
+    preparation = preparation_;
+  }
+  *sound = false;
+  if (!preparation) return true;
+  std::unique_lock lock(preparation->mutex);
+  const bool through = preparation->changed.wait_for(lock, preparation_patience, [&] { return preparation->done; });
+  *sound = preparation->sound;
+  return through;
+}
+
+/// The microphone to record, or "none" when there is none or it does not answer in time.
+std::string CameraUnit::microphone_for_recording() const {
+  bool sound = false;
+  if (!wait_prepared(&sound)) std::fputs("no sound: the microphone does not answer\n", stderr);
+  return sound ? config_.microphone : "none";
+}
+
+int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t video_callback,
+                            camera_status_callback_t status_callback, void* arg) {
+  if (filename == nullptr) return EINVAL;
+  const std::lock_guard control(control_mutex_);
+  std::shared_ptr<Capture> capture;
+  {
+    const std::lock_guard lock(state_mutex_);
+    if (capture_ == nullptr) return EINVAL;
+    if (lost_) return EIO;
+    if (recorder_ != nullptr) return EALREADY;
+    capture = capture_;
+  }
+  if (const int error = check_writable(filename)) return error;
+
+  Recorder::Setup setup{.path = filename,
+                        .info = capture->picture(),
+                        .rate_numerator = 0,
+                        .rate_denominator = 1,
+                        .microphone = microphone_for_recording(),
+                        .wait_for_room = unpaced_,
+                        .disk_margin = config_.disk_margin};
+  capture->frame_rate(&setup.rate_numerator, &setup.rate_denominator);
+  if (setup.rate_numerator <= 0) {
+    setup.rate_numerator = 30;
+    setup.rate_denominator = 1;
+  }
+  notify({});
+  const auto recorder = std::make_shared<Recorder>(setup, [this, capture](int error) {
+    notify(end_notice(error));
+    // Told to the client by the service thread: there it may stop the recording or close the camera.
+    recording_error_ = error;
+    capture->wake();
+  });
+  {
+    const std::lock_guard lock(state_mutex_);
+    recorder_ = recorder;
+    video_client_ = {video_callback, status_callback, arg};
+    if (exchange_) exchange_->set_wanted(true);
+  }
+  const int error = recorder->wait_started(recording_start);
+  if (error == 0) return 0;
+  end_recording();
+  recording_error_ = 0;  // the caller gets it
+  const std::lock_guard lock(state_mutex_);
+  recorder_.reset();
+  return error;
+}
+
+/// Tells the client that its recording ended by itself. Service thread.
+void CameraUnit::report_recording_error() {
+  int error = recording_error_;
+  if (error == 0) return;
+  {
+    // start_video may be about to return this error itself; it holds the lock while it is.
+    const std::unique_lock control(control_mutex_, std::try_to_lock);
+    if (control) error = recording_error_.exchange(0);
+    if (!control || error == 0) return;
+  }
+  Client client;
+  {
+    const std::lock_guard lock(state_mutex_);
+    client = video_client_;
+  }
+  if (client.status != nullptr) {
+    client.status(handle_, CAMERA_STATUS_VIDEO_FAILED, static_cast<std::uint16_t>(error), client.arg);
+  }
+}
+
+/// Completes the film, if there is one. control_mutex_ is held.
+void CameraUnit::end_recording() {
+  const std::shared_ptr<Recorder> recorder = this->recorder();
+  if (const auto exchange = this->exchange()) exchange->set_wanted(false);
+  if (recorder) recorder->stop();
+}
+
+int CameraUnit::stop_video() {
+  const std::lock_guard control(control_mutex_);
+  const std::shared_ptr<Recorder> recorder = this->recorder();
+  if (recorder == nullptr) return EINVAL;
+  end_recording();
+  recording_error_ = 0;  // the caller gets it
+  const std::lock_guard lock(state_mutex_);
+  finished_ = std::move(recorder_);
+  return recorder->stop();
+}
+
+}  // namespace handset

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "platform/camera/viewfinder_slot.h"
+
+namespace handset {
+
+/// One running camera's way to the screen. A frame that comes back from its editor when the camera is gone already does
+/// not bring the picture back. Any thread.
+class ViewfinderFeed {
+ public:
+  explicit ViewfinderFeed(std::shared_ptr<ViewfinderSlot> slot) : slot_(std::move(slot)) {}
+
+  void post(const Frame& frame) {
+    const std::lock_guard lock(mutex_);
+    if (!ended_) slot_->post(frame);
+  }
+  /// Takes the picture off the screen, for good.
+  void end() {
+    const std::lock_guard lock(mutex_);
+    if (!std::exchange(ended_, true)) slot_->clear();
+  }
+  ViewfinderSlot& slot() { return *slot_; }
+
+ private:
+  /// Guards ended_, and is held while the slot tells its listener.
+  std::mutex mutex_;
+  bool ended_ = false;
+  const std::shared_ptr<ViewfinderSlot> slot_;
+};
+
+}  // namespace handset
