@@ -23,6 +23,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds closing_patience{100};
 constexpr std::chrono::seconds start_patience{10};
 constexpr GstClockTime tick = 100 * GST_MSECOND;
+constexpr std::int64_t last_picture = 100 * GST_MSECOND;
 
 /// GstPlayFlags: video and audio, without the converter that playbin would put before the picture's sink.
 constexpr int play_flags = 0x1 | 0x2 | 0x40;
@@ -254,8 +255,10 @@ bool FilmPlayer::Run::obey() {
 
 void FilmPlayer::Run::seek_now(std::int64_t position) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
+  // At the very end there is no picture any more.
+  const std::int64_t last = std::max<std::int64_t>(0, status().duration - last_picture);
   // Arriving is a message. One that never comes must not keep the user from going elsewhere.
-  if (gst_element_seek_simple(pipeline_.get(), GST_FORMAT_TIME, flags, position))
+  if (gst_element_seek_simple(pipeline_.get(), GST_FORMAT_TIME, flags, std::min(position, last)))
     seeking_until_ = Clock::now() + std::chrono::seconds(1);
 }
 

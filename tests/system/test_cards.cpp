@@ -15,6 +15,7 @@
 #include "platform/cascades/stage.h"
 #include "platform/sound/output.h"
 #include "platform/system/film_picture.h"
+#include "platform/system/film_player.h"
 #include "platform/system/invoke.h"
 #include "tests/system/made_film.h"
 #include "tests/system/window_test.h"
@@ -147,10 +148,36 @@ TEST_F(Cards, PausesSeeksAndGoesOn) {
   press(Qt::Key_Left);
   press(Qt::Key_Left);
   EXPECT_EQ(time("position"), 0) << "no film begins before its beginning";
+  wait_for(300);
+  const std::uint64_t at_start = posted();
+  QMetaObject::invokeMethod(card(), "seek", Q_ARG(int, 20000));
+  EXPECT_EQ(time("position"), time("duration"));
+  EXPECT_TRUE(wait_until([&] { return posted() > at_start; })) << "the last picture is seen";
   QMetaObject::invokeMethod(card(), "seek", Q_ARG(int, 9000));
   press(Qt::Key_Space, " ");
   EXPECT_TRUE(wait_until([&] { return !done.isEmpty(); }, 8000)) << "one second is left of ten";
   EXPECT_EQ(done, QStringList{"ended"});
+}
+
+TEST_F(Cards, APlayerLetsGoWithinItsBound) {
+  ASSERT_EQ(make_film(folder.file("film.mp4"), moving), "");
+  const auto own_slot = handset::viewfinder_slot("morvane", "own");
+  const auto letting_go = [](std::unique_ptr<handset::FilmPlayer> player) {
+    QElapsedTimer clock;
+    clock.start();
+    player.reset();
+    return clock.elapsed();
+  };
+  const auto player = [&] { return std::make_unique<handset::FilmPlayer>(folder.file("film.mp4"), own_slot); };
+  EXPECT_LT(letting_go(player()), 200) << "while it opens";
+  auto playing = player();
+  ASSERT_TRUE(wait_until([&] { return static_cast<bool>(own_slot->latest()); }));
+  playing->seek(1'500'000'000);
+  EXPECT_LT(letting_go(std::move(playing)), 200) << "while it seeks";
+  EXPECT_FALSE(own_slot->latest());
+  const std::uint64_t posted = own_slot->status().posted;
+  wait_for(300);
+  EXPECT_EQ(own_slot->status().posted, posted);
 }
 
 TEST_F(Cards, EscClosesAndReportsOnce) {

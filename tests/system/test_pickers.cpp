@@ -47,7 +47,6 @@ class Pickers : public WindowTest {
     return names;
   }
   bool over() const { return canceled > 0 || !picked.isEmpty(); }
-  static QColor shown_at(int x, int y) { return bb::cascades::Application::instance()->readDisplay().pixelColor(x, y); }
 
   const QString folder;
   const QString memory = QString::fromStdString(home()) + "/XDG_STATE_HOME/morvane/picker.ini";
@@ -75,8 +74,9 @@ TEST_F(Pickers, ShowsPicturesAsTheyLook) {
   picker.open();
   // The small picture of the third row. Its colour is nowhere else in a list.
   EXPECT_TRUE(wait_until([] {
+    const QImage display = bb::cascades::Application::instance()->readDisplay();
     for (int y = 200; y < 700; y += 20) {
-      const QColor colour = shown_at(60, y);
+      const QColor colour = display.pixelColor(60, y);
       if (colour.red() > 240 && colour.green() < 30) return true;
     }
     return false;

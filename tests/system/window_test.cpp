@@ -25,7 +25,6 @@ class Surroundings : public testing::Environment {
     setenv("QT_QUICK_BACKEND", "software", 1);
     std::filesystem::create_directories(home_.file("Pictures"));
     application_ = std::make_unique<bb::cascades::Application>(argc_, argv_);
-    application_->desktopWindow()->show();
   }
   void TearDown() override { application_.reset(); }
 
@@ -42,6 +41,11 @@ Surroundings* const surroundings = new Surroundings;
 [[maybe_unused]] testing::Environment* const registered = testing::AddGlobalTestEnvironment(surroundings);
 
 }  // namespace
+
+/// A test before may have ended the application's loop, which closes the window.
+WindowTest::WindowTest() {
+  bb::cascades::Application::instance()->desktopWindow()->show();
+}
 
 const std::string& WindowTest::home() {
   return surroundings->home();

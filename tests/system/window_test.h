@@ -12,6 +12,8 @@
 /// program.
 class WindowTest : public testing::Test {
  protected:
+  WindowTest();
+
   /// What the program takes for the user's home.
   static const std::string& home();
   /// Runs the event loop until the condition holds; false when it does not within some seconds.
