@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QImage>
 #include <QPointer>
+#include <QThreadPool>
 #include <array>
 #include <set>
 
@@ -290,6 +291,13 @@ TEST_F(Cards, PicturesAreFittedAndDecodedByThemselves) {
     EXPECT_TRUE(wait_until([] { return shown().green() > 240 && shown().red() < 16; })) << name;
     EXPECT_EQ(message(), "");
   }
+  // One that goes before its picture has been decoded.
+  ASSERT_NE(show(folder.file("a.png")), nullptr);
+  done.clear();
+  QMetaObject::invokeMethod(card(), "close");
+  EXPECT_TRUE(wait_until(
+      [this] { return done == QStringList{"closed"} && QThreadPool::globalInstance()->activeThreadCount() == 0; }));
+  QCoreApplication::processEvents();
   // A file without a target opens the card of its kind.
   ASSERT_NE(play(folder.file("a.png")), nullptr);
   EXPECT_TRUE(card()->property("image").isValid());
