@@ -2,7 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QFuture>
+#include <QFutureWatcher>
 #include <QPromise>
 #include <QQuickWindow>
 #include <QSGImageNode>
@@ -32,8 +32,11 @@ QString reason_for_nothing(const QString& path) {
 }  // namespace
 
 PictureCard::PictureCard(const QString& path, QObject* parent) : Card(QStringLiteral("PictureCard.qml"), path, parent) {
+  // A watcher forgets its future when the card goes first; QFuture::then() of Qt 6.4 may not lose its context.
+  auto* const watcher = new QFutureWatcher<QImage>(this);
+  connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] { take(watcher->result()); });
   const auto promise = std::make_shared<QPromise<QImage>>();
-  promise->future().then(this, [this](const QImage& image) { take(image); });
+  watcher->setFuture(promise->future());
   QThreadPool::globalInstance()->start([promise, path] {
     promise->start();
     promise->addResult(read_bounded(path));
