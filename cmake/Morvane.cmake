@@ -22,12 +22,16 @@ function(morvane_library name)
   target_link_libraries(${name} PUBLIC morvane_options Threads::Threads ${ARG_LINK} PRIVATE ${ARG_PRIVATE})
 endfunction()
 
-# morvane_test(NAME SOURCES... LINK libraries... [TIMEOUT seconds] [LABELS labels...]): a GoogleTest program in CTest,
-# one CTest test for the program, so that its fixtures are set up once.
+# morvane_test(NAME SOURCES... LINK libraries... [TIMEOUT seconds] [LABELS labels...] [PRECOMPILE headers...]): a
+# GoogleTest program in CTest, one CTest test for the program, so that its fixtures are set up once.
 function(morvane_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS;PRECOMPILE" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock GTest::gtest_main)
+  list(LENGTH ARG_SOURCES count)
+  if(count GREATER 2)  # fewer take less time by themselves
+    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> ${ARG_PRECOMPILE})
+  endif()
   add_test(NAME ${name} COMMAND ${name})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)

@@ -190,7 +190,7 @@ TEST_F(Settings, AFailedSaveStillApplies) {
   app->handleSettingAction();
   choose("timeformatDropdown", 8);
   std::filesystem::remove(prefs_path);
-  std::filesystem::create_directories(std::string(prefs_path) + "/full");
+  std::filesystem::create_directories(std::filesystem::path(prefs_path) / "full");
   EXPECT_EQ(errors_of([&] { app->saveSettings(); }), "error saving prefs: : Is a directory\n");
   EXPECT_EQ(app->mSettings.timeFormat, 8);
   EXPECT_TRUE(datetime_image.enabled);
