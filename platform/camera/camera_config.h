@@ -12,8 +12,9 @@
 namespace handset {
 
 /// What stands behind the units. Each source is one of:
-///   auto              a camera that was found, else the built-in scene (desktop unit: the X11 display)
+///   auto              a camera that was found, else the built-in scene (desktop unit: desktop)
 ///   scene             the built-in scene
+///   desktop           the screen: the X11 display, or what the user of a Wayland desktop shares with the program
 ///   clip:FILE         a video file; loops, or runs once when unpaced
 ///   gst:DESCRIPTION   a GStreamer bin description that ends in raw video
 struct CameraServiceConfig {

@@ -54,7 +54,8 @@ bool Capture::build(std::string* error) {
                            ",height=" + std::to_string(setup_.size.height) +
                            ",pixel-aspect-ratio=1/1,colorimetry=" + frame_colorimetry;
   GstElement* tail = gst_parse_bin_from_description_full(
-      ("videocrop name=crop ! videoconvertscale name=convert add-borders=false n-threads=2 ! " + caps +
+      (std::string("videocrop name=crop ! videoconvertscale name=convert n-threads=2 add-borders=") +
+       (setup_.source->is_screen() ? "true ! " : "false ! ") + caps +
        " ! videobalance name=balance ! appsink name=sink max-buffers=1 enable-last-sample=false wait-on-eos=false")
           .c_str(),
       TRUE, nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &problem);
@@ -173,7 +174,11 @@ void Capture::update_crop() {
   {
     const std::lock_guard lock(mutex_);
     if (input_width_ == 0) return;
-    crop = crop_to_fill(input_width_, input_height_, setup_.size.width, setup_.size.height, zoom_);
+    // A screen keeps its own shape.
+    const auto shape = setup_.source->is_screen() ? camera_res_t{static_cast<std::uint32_t>(input_width_),
+                                                                 static_cast<std::uint32_t>(input_height_)}
+                                                  : setup_.size;
+    crop = crop_to_fill(input_width_, input_height_, shape.width, shape.height, zoom_);
   }
   g_object_set(crop_.get(), "left", crop.left, "right", crop.right, "top", crop.top, "bottom", crop.bottom, nullptr);
 }

@@ -137,11 +137,20 @@ int resolve_found_camera(const CameraServiceConfig& config, camera_unit_t unit, 
 }
 
 int resolve_desktop(Source* source) {
-  if (std::getenv("DISPLAY") == nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr) {
-    return complain(ENODEV, "cannot film the desktop: there is no X11 display");
-  }
-  source->kind = Source::Kind::x11;
   source->sizes = standard_sizes;
+  const auto is_set = [](const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+  };
+  // A Wayland desktop often has an X11 display as well, on which little of it is to be seen.
+  if (is_set("WAYLAND_DISPLAY")) {
+    std::string why;
+    source->kind = Source::Kind::cast;
+    source->cast = ScreenCast::open(&why);
+    return source->cast ? 0 : complain(ENODEV, "cannot film the desktop: " + why);
+  }
+  if (!is_set("DISPLAY")) return complain(ENODEV, "cannot film the desktop: there is no display");
+  source->kind = Source::Kind::x11;
   return 0;
 }
 
@@ -221,6 +230,7 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
     use_scene(source);
     return 0;
   }
+  if (text == "desktop" || (text == "auto" && unit == CAMERA_UNIT_DESKTOP)) return resolve_desktop(source);
   if (const auto path = after_prefix(text, "clip:")) return resolve_clip(*path, source);
   if (const auto description = after_prefix(text, "gst:")) {
     source->kind = Source::Kind::custom;
@@ -229,9 +239,9 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
     return 0;
   }
   if (text != "auto") {
-    return complain(EINVAL, "unknown camera source \"" + text + "\" (auto, scene, clip:FILE or gst:DESCRIPTION)");
+    return complain(EINVAL, "unknown camera source \"" + text + "\" (auto, scene, desktop, clip:FILE or gst:DESCRIPTION)");
   }
-  return unit == CAMERA_UNIT_DESKTOP ? resolve_desktop(source) : resolve_found_camera(config, unit, source);
+  return resolve_found_camera(config, unit, source);
 }
 
 ElementPtr make_source_element(const Source& source, camera_res_t size, int frame_rate, std::string* error) {
@@ -250,6 +260,13 @@ ElementPtr make_source_element(const Source& source, camera_res_t size, int fram
       return parse_bin(source.argument + " ! identity silent=true", error);
     case Source::Kind::device:
       return make_device_element(source.camera, size, error);
+    case Source::Kind::cast:
+      // A still screen brings no pictures: its last one is repeated, so that a film ends where its recording does.
+      return parse_bin("pipewiresrc fd=" + std::to_string(source.cast->remote()) + " path=" +
+                           std::to_string(source.cast->node()) +
+                           " do-timestamp=true keepalive-time=100 ! capsfilter caps=video/x-raw"
+                           " ! videorate drop-only=true max-rate=" + std::to_string(frame_rate),
+                       error);
     case Source::Kind::x11:
       return parse_bin("ximagesrc use-damage=false ! capsfilter caps=video/x-raw," + rate, error);
   }

@@ -7,19 +7,25 @@
 #include "platform/camera/camera_config.h"
 #include "platform/camera/device_finder.h"
 #include "platform/camera/gst_ptr.h"
+#include "platform/camera/screen_cast.h"
 
 namespace handset {
 
 /// What a unit films, resolved from its setting.
 struct Source {
-  enum class Kind { scene, clip, custom, device, x11 };
+  enum class Kind { scene, clip, custom, device, x11, cast };
   Kind kind = Kind::scene;
   std::string argument;             ///< clip: absolute path; custom: bin description
   FoundCamera camera;               ///< device
   std::vector<camera_res_t> sizes;  ///< what the unit lists; a clip's own size is first
+  std::shared_ptr<ScreenCast> cast;  ///< cast: the shared screen
   bool stands_in = false;           ///< a scene because no camera was found
 
   bool is_clip() const { return kind == Kind::clip; }
+  /// Shown whole: what lies at the edges of a screen matters as much as its middle.
+  bool is_screen() const { return kind == Kind::x11 || kind == Kind::cast; }
+  /// Says itself when it fails, and may show the same picture for long.
+  bool may_stand_still() const { return is_clip() || kind == Kind::cast; }
   /// May deliver faster than its timestamps say, and may therefore run unpaced.
   bool is_file_paced() const { return kind == Kind::clip || kind == Kind::custom; }
 };
@@ -28,7 +34,7 @@ struct Source {
 bool possible_size(unsigned width, unsigned height);
 
 /// Finds what is behind a unit. After a failure one line on the error stream says why.
-/// @return 0, EINVAL (text), ENOENT (clip missing), EIO (clip undecodable), ENODEV (no display to film)
+/// @return 0, EINVAL (text), ENOENT (clip missing), EIO (clip undecodable), ENODEV (no screen to film)
 int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source* source);
 
 /// Builds the head of the capture pipeline: an element with one raw-video source pad that delivers

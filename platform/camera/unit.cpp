@@ -250,14 +250,15 @@ void CameraUnit::serve(const StopFlag& stop) {
     const std::lock_guard lock(state_mutex_);
     capture = capture_;
   }
-  // A file may stand still for long, and says itself when it fails.
-  const bool may_stall = !unpaced_ && !source_.is_clip();
+  const bool may_stall = !unpaced_ && !source_.may_stand_still();
   for (bool running = true; running && !*stop;) {
     const Capture::Event event = capture->poll(service_turn);
     if (*stop) return;
     report_recording_error();
     running = false;
-    if (event == Capture::Event::ended && unpaced_) {
+    if (source_.cast && source_.cast->ended()) {
+      revoke("the desktop is no longer shared", stop);
+    } else if (event == Capture::Event::ended && unpaced_) {
       finish_clip(stop);
     } else if (event == Capture::Event::ended) {
       revoke("the source has ended", stop);

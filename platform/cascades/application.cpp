@@ -1,5 +1,6 @@
 #include "platform/cascades/application.h"
 
+#include <QEventLoop>
 #include <QFile>
 #include <QIcon>
 #include <QQmlComponent>
@@ -8,8 +9,10 @@
 #include <QQuickItem>
 #include <QQuickItemGrabResult>
 #include <QScreen>
+#include <QTimer>
 #include <cstdio>
 
+#include "platform/camera/long_wait.h"
 #include "platform/cascades/assets.h"
 #include "platform/cascades/display_window.h"
 #include "platform/cascades/end_signals.h"
@@ -33,6 +36,18 @@ QSize display_size() {
   const DeviceProfile& profile = device_profile();
   return handset::turned_display({profile.display_width, profile.display_height},
                                  OrientationSupport::instance()->displayDirection());
+}
+
+/// The window stays drawn and takes no input, while the user is busy elsewhere.
+void wait_drawn(const std::function<bool()>& done) {
+  if (done()) return;
+  QEventLoop loop;
+  QTimer turn;
+  QObject::connect(&turn, &QTimer::timeout, &loop, [&] {
+    if (done()) loop.quit();
+  });
+  turn.start(std::chrono::milliseconds(10));
+  loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
 }  // namespace
@@ -77,6 +92,7 @@ Application::Application(int& argc, char** argv) : QGuiApplication(argc, argv), 
   the_application = this;
   handset::choose_graphics();
   handset::quit_on_signals(this);
+  handset::set_long_wait(wait_drawn);
   state_->stage = handset::Stage::instance();
   state_->qt_children = children();
   state_->engine = std::make_unique<QQmlEngine>();
@@ -103,6 +119,7 @@ Application::~Application() {
   state_->desktop_window.reset();
   state_->engine.reset();
   delete state_->stage.data();
+  handset::set_long_wait({});
   the_application = nullptr;
 }
 

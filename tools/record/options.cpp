@@ -155,9 +155,11 @@ const char* help_text() {
   return R"(Usage: morvane-record [OPTION]... OUT.mp4
 Records a camera with a live effect into a new MP4 file.
 
-  --source SOURCE     auto (default), scene, clip:FILE or gst:DESCRIPTION
+  --source SOURCE     auto (default), scene, desktop, clip:FILE or gst:DESCRIPTION
                         auto   a camera that is found, else the built-in scene
                         scene  the built-in scene
+                        desktop
+                               the screen; a Wayland desktop asks its user first
                         clip:  a video file; it loops unless --unpaced
                         gst:   a GStreamer bin description that ends in raw video
   --size WxH          picture size, even numbers from 16x16 to 8192x4320

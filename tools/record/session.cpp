@@ -12,6 +12,8 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <thread>
 #include <vector>
 
 #include "camera/resolution.h"
@@ -19,6 +21,7 @@
 #include "engine/filter_thread.h"
 #include "platform/camera/camera.h"
 #include "platform/camera/camera_config.h"
+#include "platform/camera/long_wait.h"
 #include "tools/record/overlays.h"
 
 namespace record {
@@ -33,6 +36,16 @@ sigset_t stop_signals() {
   sigaddset(&set, SIGTERM);
   sigaddset(&set, SIGHUP);
   return set;
+}
+
+/// The desktop's user may be asked something: a signal that is to be read later ends that as well.
+void wait_for_user(const std::function<bool()>& done) {
+  const sigset_t signals = stop_signals();
+  const auto is_asked_to_stop = [&] {
+    sigset_t pending;
+    return sigpending(&pending) == 0 && sigandset(&pending, &pending, &signals) == 0 && sigisemptyset(&pending) == 0;
+  };
+  while (!done() && !is_asked_to_stop()) std::this_thread::sleep_for(std::chrono::milliseconds(turn_ms));
 }
 
 int complain(const std::string& line) {
@@ -100,6 +113,7 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
   config.unpaced = options.unpaced;
   if (!options.microphone.empty()) config.microphone = options.microphone;
   handset::configure_camera_service(config);
+  handset::set_long_wait(wait_for_user);
 
   if (const int error = camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle)) {
     camera->handle = CAMERA_HANDLE_INVALID;
