@@ -13,8 +13,8 @@ constexpr QColor ground_colour(11, 12, 14);
 ViewfinderNode::ViewfinderNode(QQuickWindow* window) : window_(window), ground_(window->createRectangleNode()) {
   ground_->setColor(ground_colour);
   appendChildNode(ground_);
-  for (QSGNode*& place : places_) {
-    place = new QSGNode;
+  for (QSGTransformNode*& place : places_) {
+    place = new QSGTransformNode;
     place->setFlag(QSGNode::OwnedByParent);
     appendChildNode(place);
   }

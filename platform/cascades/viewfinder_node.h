@@ -30,7 +30,9 @@ class ViewfinderNode : public QSGNode {
  private:
   QQuickWindow* const window_;
   QSGRectangleNode* ground_;
-  std::array<QSGNode*, layer_count> places_;  ///< keep the layers in order
+  /// Keep the layers in order. Transform nodes, since the software renderer forgets where a plain node's later children
+  /// are.
+  std::array<QSGTransformNode*, layer_count> places_;
   std::array<QSGImageNode*, layer_count> images_{};
 };
 

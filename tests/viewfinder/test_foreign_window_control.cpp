@@ -130,6 +130,35 @@ TEST_F(Control, ShowsTheWholePictureInTheMiddleWithAGlowAroundIt) {
   EXPECT_LT(top.red(), 140);
 }
 
+TEST_F(Control, KeepsItsPlaceInAScaledDisplay) {
+  QQuickItem display(window_.contentItem());
+  display.setSize({480, 800});
+  display.setTransformOrigin(QQuickItem::TopLeft);
+  display.setScale(0.5);
+  control_->setParentItem(&display);
+  control_->setSize({480, 800});
+  // Each picture and each notice after the first comes into a scene that has been drawn before.
+  for (int producer = 0; producer < 3; ++producer) {
+    post();
+    expect_quadrants({0, 132, 240, 135}, {Qt::red, Qt::green, Qt::blue, Qt::white});
+    slot_->clear();
+    slot_->set_notice("camera disconnected");
+    const QImage image = grab();
+    int left = image.width(), right = 0;
+    for (int y = 190; y < 210; ++y) {
+      for (int x = 0; x < image.width(); ++x) {
+        if (image.pixelColor(x, y).lightness() < 200) continue;
+        left = std::min(left, x);
+        right = std::max(right, x);
+      }
+    }
+    EXPECT_NEAR(left + right, image.width(), 8) << "the notice stands in the middle";
+    slot_->set_notice("");
+    grab();
+  }
+  control_->setParentItem(window_.contentItem());
+}
+
 TEST_F(Control, TurnsAndMirrors) {
   resize(200, 200);
   slot_->post(quadrants(160, 160, colours));
