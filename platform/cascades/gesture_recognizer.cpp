@@ -17,7 +17,8 @@ namespace bb::cascades {
 namespace {
 
 constexpr int wheel_pause_ms = 400;
-constexpr qreal ratio_per_notch = 0.1;
+// A little more than a tenth: whoever counts tenths in single precision must find every notch.
+constexpr qreal ratio_per_notch = 0.1001;
 constexpr qreal units_per_notch = 120;
 // Fingers that touch each other have a distance, too: ratios stay finite and above 0.
 constexpr qreal least_distance = 1;
@@ -104,14 +105,19 @@ void GestureRecognizer::wheel(QWheelEvent* event) {
                      !handlers<PinchHandler>(control_).isEmpty() && !(pinching_ && !by_wheel_);
   if (!pinch) return event->ignore();
   tapping_ = false;
-  wheel_pause_.start();
+  const qreal change = ratio_per_notch * units / units_per_notch;
+  // Fingers meet, a wheel turns on: it goes on in a new pinch.
+  if (pinching_ && ratio_ + change < least_ratio) end_pinch();
   if (!pinching_) {
     by_wheel_ = true;
     watched_ = control_->window();
     if (watched_) watched_->installEventFilter(this);
     begin_pinch(event->position());
+    // Handlers measure from the first update, which fingers bring before they have moved.
+    update_pinch(1, event->position());
   }
-  update_pinch(std::max(least_ratio, ratio_ + ratio_per_notch * units / units_per_notch), event->position());
+  wheel_pause_.start();
+  update_pinch(std::max(least_ratio, ratio_ + change), event->position());
 }
 
 bool GestureRecognizer::eventFilter(QObject* window, QEvent* event) {
@@ -124,9 +130,7 @@ void GestureRecognizer::cancel() {
   tapping_ = false;
   fingers_.clear();
   if (!pinching_) return;
-  pinching_ = by_wheel_ = false;
-  wheel_pause_.stop();
-  if (watched_) watched_->removeEventFilter(this);
+  stop_pinch();
   emit_all(control_, &PinchHandler::pinchCancelled);
 }
 
@@ -147,6 +151,10 @@ void GestureRecognizer::end_tap(QPointF scene, QPointF local) {
   emit_all(control_, &TapHandler::tapped, &event);
 }
 
+std::pair<int, int> GestureRecognizer::fingers() const {
+  return std::minmax(fingers_.cbegin().key(), std::next(fingers_.cbegin()).key());
+}
+
 void GestureRecognizer::update_touch_pinch() {
   if (by_wheel_) end_pinch();
   if (fingers_.size() != 2) {
@@ -157,6 +165,10 @@ void GestureRecognizer::update_touch_pinch() {
   const QPointF other = std::next(fingers_.cbegin()).value();
   const QPointF middle = (one + other) / 2;
   if (pinching_) {
+    const std::pair<int, int> pair = fingers();
+    // Another finger in the place of one that has gone changes nothing by itself.
+    if (pair != pair_) first_distance_ = distance(one, other) / ratio_;
+    pair_ = pair;
     const qreal ratio = distance(one, other) / first_distance_;
     // An event that brings a new finger comes twice.
     if (ratio != ratio_ || middle != middle_) update_pinch(ratio, middle);
@@ -164,6 +176,7 @@ void GestureRecognizer::update_touch_pinch() {
   }
   if (handlers<PinchHandler>(control_).isEmpty()) return;
   first_distance_ = distance(one, other);
+  pair_ = fingers();
   control_->setKeepTouchGrab(true);
   begin_pinch(middle);
 }
@@ -183,12 +196,16 @@ void GestureRecognizer::update_pinch(qreal ratio, QPointF middle) {
   emit_all(control_, &PinchHandler::pinchUpdated, &event);
 }
 
-void GestureRecognizer::end_pinch() {
-  if (!pinching_) return;
+void GestureRecognizer::stop_pinch() {
   pinching_ = by_wheel_ = false;
   wheel_pause_.stop();
   control_->setKeepTouchGrab(false);
   if (watched_) watched_->removeEventFilter(this);
+}
+
+void GestureRecognizer::end_pinch() {
+  if (!pinching_) return;
+  stop_pinch();
   PinchEvent event(static_cast<float>(ratio_), middle_);
   emit_all(control_, &PinchHandler::pinchEnded, &event);
 }

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QQuickItem>
 #include <QTimer>
+#include <utility>
 
 class QMouseEvent;
 class QTouchEvent;
@@ -33,9 +34,11 @@ class GestureRecognizer : public QObject {
  private:
   void begin_tap(QPointF scene);
   void end_tap(QPointF scene, QPointF local);
+  std::pair<int, int> fingers() const;
   void update_touch_pinch();
   void begin_pinch(QPointF middle);
   void update_pinch(qreal ratio, QPointF middle);
+  void stop_pinch();
   void end_pinch();
   bool near_press(QPointF scene) const;
 
@@ -47,7 +50,8 @@ class GestureRecognizer : public QObject {
   qreal ratio_ = 1;
   QPointF middle_;
   QHash<int, QPointF> fingers_;  ///< on the control, by point id; control's coordinates
-  qreal first_distance_ = 1;
+  std::pair<int, int> pair_;     ///< point ids of the two that pinch
+  qreal first_distance_ = 1;     ///< of the pair, or what that of a later pair would have been
 
   bool by_wheel_ = false;  ///< the pinch is one of Ctrl and the wheel
   QTimer wheel_pause_;

@@ -1,6 +1,7 @@
 // Taps and pinches, by mouse, fingers and wheel.
 
 #include <QSignalSpy>
+#include <algorithm>
 
 #include "platform/cascades/container.h"
 #include "platform/cascades/gestures.h"
@@ -135,12 +136,13 @@ TEST_F(GestureTest, CtrlAndWheelAreOnePinchUntilAPause) {
   wheel(place(500, 1000), 120, Qt::ControlModifier);
   wheel(place(500, 1000), 120, Qt::ControlModifier);
   wheel(place(500, 1000), -60, Qt::ControlModifier);
-  ASSERT_EQ(log_, QStringList({"start", "update", "update", "update"}));
-  EXPECT_NEAR(ratios_[1], 1.1, 1e-5);
-  EXPECT_NEAR(ratios_[2], 1.2, 1e-5);
-  EXPECT_NEAR(ratios_[3], 1.15, 1e-5);
+  ASSERT_EQ(log_, QStringList({"start", "update", "update", "update", "update"}));
+  EXPECT_EQ(ratios_[1], 1);  // from which the handlers measure
+  EXPECT_NEAR(ratios_[2], 1.1, 1e-3);
+  EXPECT_NEAR(ratios_[3], 1.2, 1e-3);
+  EXPECT_NEAR(ratios_[4], 1.15, 1e-3);
   EXPECT_TRUE(QTest::qWaitFor([this] { return log_.last() == "end"; }, 2000));
-  EXPECT_NEAR(ratios_.last(), 1.15, 1e-5);
+  EXPECT_NEAR(ratios_.last(), 1.15, 1e-3);
 }
 
 TEST_F(GestureTest, LettingCtrlGoEndsThePinchAtOnce) {
@@ -148,7 +150,9 @@ TEST_F(GestureTest, LettingCtrlGoEndsThePinchAtOnce) {
   for (int i = 0; i < 30; ++i) wheel(place(500, 1000), -120, Qt::ControlModifier);
   QTest::keyRelease(window(), Qt::Key_Control);
   ASSERT_EQ(log_.last(), "end");
-  EXPECT_NEAR(ratios_.last(), 0.1, 1e-5);
+  // No ratio of fingers gets to zero: thirty notches are several pinches.
+  EXPECT_GE(log_.count("start"), 4);
+  EXPECT_GE(*std::min_element(ratios_.begin(), ratios_.end()), 0.1F);
   const qsizetype before = log_.size();
   settle(500);
   EXPECT_EQ(log_.size(), before);
