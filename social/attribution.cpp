@@ -4,17 +4,24 @@
 #include <QNetworkRequest>
 #include <QTimer>
 #include <QUrl>
+#include <algorithm>
 
 QByteArray _attribution_host = QByteArrayLiteral(MORVANE_ATTRIBUTION_HOST);
 
 namespace {
 
 constexpr char application_id[] = "kobrisk-app4b7e21c90d3fa";
-/// Property of a reply that was given up for its length, whose body is gone: whether what came of it confirms.
+constexpr char confirmation[] = "success";
+/// Properties of a reply, whose body is not kept: whether what came of it confirms, and its end so far.
 constexpr char confirmed_property[] = "confirmed";
+constexpr char end_property[] = "end";
+constexpr qint64 read_buffer_size = 64 * 1024;
 
-bool confirms(const QByteArray& body) {
-  return body.contains("success");
+/// Looks at what has come since. The word may lie across two pieces.
+void read_on(QNetworkReply& reply) {
+  const QByteArray piece = reply.property(end_property).toByteArray() + reply.readAll();
+  if (piece.contains(confirmation)) reply.setProperty(confirmed_property, true);
+  reply.setProperty(end_property, piece.last(std::min<qsizetype>(piece.size(), sizeof confirmation - 2)));
 }
 
 QString device_id(const QString& pin) {
@@ -43,7 +50,9 @@ QByteArray attribution_url(const QByteArray& host, const attribution_report_s& r
 }
 
 bool names_nobody(const QByteArray& host) {
-  return host.split(':').first().toLower().endsWith(".invalid");
+  QByteArray name = '.' + host.split(':').first().toLower();
+  if (name.endsWith('.')) name.chop(1);  // the root, spelt out
+  return name.endsWith(".invalid");
 }
 
 QNetworkReply* send_report(QNetworkAccessManager& manager, const QByteArray& url, std::chrono::milliseconds limit) {
@@ -51,17 +60,14 @@ QNetworkReply* send_report(QNetworkAccessManager& manager, const QByteArray& url
   request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
   request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
   QNetworkReply* const reply = manager.get(request);
-  // One byte more shows that there is more.
-  reply->setReadBufferSize(attribution_body_limit + 1);
-  QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] {
-    if (reply->bytesAvailable() <= attribution_body_limit) return;
-    reply->setProperty(confirmed_property, confirms(reply->peek(attribution_body_limit)));
-    reply->abort();
-  });
+  reply->setReadBufferSize(read_buffer_size);
+  QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] { read_on(*reply); });
   QTimer::singleShot(limit, reply, &QNetworkReply::abort);
   return reply;
 }
 
 bool confirms_report(QNetworkReply& reply) {
-  return reply.isOpen() ? confirms(reply.readAll()) : reply.property(confirmed_property).toBool();
+  if (!reply.isOpen()) return false;  // given up
+  read_on(reply);
+  return reply.property(confirmed_property).toBool();
 }

@@ -23,8 +23,6 @@ struct attribution_report_s {
 /// of theirs in its place.
 extern QByteArray _attribution_host;
 
-/// A whole answer is far shorter; what comes after this is not read.
-inline constexpr qint64 attribution_body_limit = 64 * 1024;
 /// From the call to the last byte of the answer.
 inline constexpr std::chrono::milliseconds attribution_time_limit{30'000};
 
@@ -45,6 +43,6 @@ bool names_nobody(const QByteArray& host);
 QNetworkReply* send_report(QNetworkAccessManager& manager, const QByteArray& url,
                            std::chrono::milliseconds limit = attribution_time_limit);
 
-/// Whether the body of a finished reply, as far as it is read, holds the word "success". One that took too long does
-/// not. To be asked once.
+/// Whether the body of a finished reply holds the word "success". One that took too long does not. However long the
+/// body is, little of it is kept.
 bool confirms_report(QNetworkReply& reply);
