@@ -11,7 +11,9 @@ if(MORVANE_WERROR)
 endif()
 if(MORVANE_SANITIZE)
   target_compile_options(morvane_options INTERFACE -fsanitize=${MORVANE_SANITIZE} -fno-omit-frame-pointer
-    -fno-sanitize-recover=all -O1)
+    -fno-sanitize-recover=all -O1
+    # GCC takes the sanitizers' own instructions for uses of uninitialised values.
+    -Wno-maybe-uninitialized)
   target_link_options(morvane_options INTERFACE -fsanitize=${MORVANE_SANITIZE})
 endif()
 
