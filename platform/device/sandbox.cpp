@@ -82,6 +82,18 @@ int prepare_sandbox(const UserDirs& dirs, const std::string& package_dir, std::s
   return make_link(pictures, *root + "/shared/camera");
 }
 
+namespace {
+
+/// Keeps a file of the user's home that libraries look for there where the environment does not name it.
+void keep_from_home(const char* variable, const char* name) {
+  const char* home = std::getenv("HOME");
+  if (home == nullptr || *home == '\0') return;
+  const std::string path = std::string(home) + '/' + name;
+  if (access(path.c_str(), R_OK) == 0) setenv(variable, path.c_str(), 0);
+}
+
+}  // namespace
+
 int enter_sandbox(const std::string& package_dir) {
   const UserDirs& dirs = user_dirs();
   std::string root;
@@ -91,6 +103,9 @@ int enter_sandbox(const std::string& package_dir) {
   setenv("XDG_DATA_HOME", dirs.data.c_str(), 1);
   setenv("XDG_CACHE_HOME", dirs.cache.c_str(), 1);
   setenv("XDG_STATE_HOME", dirs.state.c_str(), 1);
+  // Without these, X11 servers and session managers may turn the program away.
+  keep_from_home("XAUTHORITY", ".Xauthority");
+  keep_from_home("ICEAUTHORITY", ".ICEauthority");
   setenv("HOME", (root + "/data").c_str(), 1);
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "platform/device/sandbox.h"
 #include "tests/support/temp_dir.h"
@@ -50,8 +51,11 @@ TEST(Sandbox, SaysWhatItCannotCreate) {
 
 /// What enter_sandbox leaves, seen in a process of its own: it changes the environment for good.
 int enter_in_child(const TempDir& home) {
-  for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"}) unsetenv(name);
+  for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XAUTHORITY"})
+    unsetenv(name);
   setenv("HOME", home.path().c_str(), 1);
+  setenv("ICEAUTHORITY", "/elsewhere", 1);
+  for (const char* name : {".Xauthority", ".ICEauthority"}) std::ofstream(home.file(name)) << "key";
   if (enter_sandbox("/package") != 0) return 1;
   const std::string root = home.file(".local/share/morvane");
   if (fs::current_path() != fs::canonical(root)) return 2;
@@ -59,6 +63,9 @@ int enter_in_child(const TempDir& home) {
   if (std::string(getenv("XDG_CONFIG_HOME")) != home.file(".config")) return 4;
   if (std::string(getenv("XDG_DATA_HOME")) != home.file(".local/share")) return 5;
   if (camera_roll_dir() != home.file("Videos/Camera")) return 6;
+  const char* authority = getenv("XAUTHORITY");
+  if (authority == nullptr || authority != home.file(".Xauthority")) return 7;
+  if (std::string(getenv("ICEAUTHORITY")) != "/elsewhere") return 8;
   return 0;
 }
 
