@@ -1,6 +1,7 @@
 #include <QDir>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "app/tarnelapp.h"
 #include "platform/cascades/single_instance.h"
@@ -15,10 +16,12 @@ int main(int argc, char** argv) {
   }
   if (enter_sandbox(package) != 0) return EXIT_FAILURE;
 
+  // Given up last: whoever starts next must find camera, film and preferences free.
+  std::unique_ptr<handset::SingleInstance> place;
   bb::cascades::Application app(argc, argv);
-  const handset::SingleInstance place(QDir::currentPath());
-  if (!place.is_first()) return EXIT_SUCCESS;
-  QObject::connect(&place, &handset::SingleInstance::activation_requested, &app,
+  place = std::make_unique<handset::SingleInstance>(QDir::currentPath());
+  if (!place->is_first()) return EXIT_SUCCESS;
+  QObject::connect(place.get(), &handset::SingleInstance::activation_requested, &app,
                    &bb::cascades::Application::bringToFront);
   new tarnelApp(&app);
   return app.exec();

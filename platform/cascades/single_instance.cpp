@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -67,6 +68,8 @@ void SingleInstance::take_place(const QString& socket) {
   QLocalServer::removeServer(socket);
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::answer);
+  // A program that ends does not come to the front any more: the next one waits for its place.
+  connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &server_, &QLocalServer::close);
   if (server_.listen(socket)) return;
   std::fprintf(stderr, "cannot listen at %s: %s\n", qUtf8Printable(socket), qUtf8Printable(server_.errorString()));
 }

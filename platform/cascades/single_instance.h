@@ -9,7 +9,7 @@ class QLockFile;
 namespace handset {
 
 /// Lets one process per user and sandbox run; later ones ask it to come to the front. What a killed process left behind
-/// is no obstacle. UI thread.
+/// is no obstacle. It may outlive the application, for what is to be finished before the next one runs. UI thread.
 class SingleInstance : public QObject {
   Q_OBJECT
 
