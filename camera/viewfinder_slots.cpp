@@ -146,6 +146,8 @@ void tarnelApp::onStartFront() {
 void tarnelApp::onStopCamera() {
   kill_thread();
   if (mCameraHandle == CAMERA_HANDLE_INVALID) return;
+  // The recording that ends with the camera would have had it off, and cannot any more.
+  if (mVideoFd != -1 && mLightOn) handleFlashLightAction();
   camera_close(mCameraHandle);
   mCameraHandle = CAMERA_HANDLE_INVALID;
   if (mVideoFd != -1) end_recording();

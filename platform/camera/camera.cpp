@@ -1,6 +1,7 @@
 #include "platform/camera/camera.h"
 
 #include <gst/gst.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -134,6 +135,15 @@ int open_reserved(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handl
   *handle = s.next_handle++;
   s.open.emplace(*handle, std::make_shared<CameraUnit>(*handle, unit, mode, std::move(source), config));
   return 0;
+}
+
+/// A recording that never began leaves nothing in the camera roll.
+void remove_if_empty(int fd) {
+  struct stat file {};
+  if (fstat(fd, &file) != 0 || !S_ISREG(file.st_mode) || file.st_size != 0 || file.st_nlink != 1) return;
+  std::error_code error;
+  const auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), error);
+  if (!error) std::filesystem::remove(path, error);
 }
 
 void release(camera_unit_t unit) {
@@ -362,6 +372,7 @@ int camera_roll_open_video(camera_handle_t handle, int* fd, char* name, std::siz
 }
 
 int camera_roll_close_video(int fd) {
+  remove_if_empty(fd);
   return close(fd) == 0 ? 0 : errno;
 }
 

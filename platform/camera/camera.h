@@ -214,6 +214,7 @@ int camera_set_zoom(camera_handle_t handle, int level, bool smooth);
 /// @return EINVAL, ENAMETOOLONG, or what creating the folder or the file failed with
 int camera_roll_open_video(camera_handle_t handle, int* fd, char* name, std::size_t name_size,
                            camera_roll_video_fmt_t format);
+/// Closes the file; one that is still empty is removed.
 int camera_roll_close_video(int fd);
 
 /// Starts encoding the viewfinder stream, as edited, into an existing file that it overwrites.

@@ -6,6 +6,7 @@
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
 #include "engine/overlay.h"
+#include "platform/cascades/stage.h"
 #include "tests/application/app_fixture.h"
 #include "tests/application/fake_camera_service.h"
 
@@ -233,6 +234,19 @@ TEST_F(RecordingSlots, ClosingTheCameraEndsTheRecording) {
   EXPECT_THAT(std::vector(commands.begin(), commands.begin() + 4),
               ElementsAre("disable", "close", "roll_close 101", "open 1 31"));
   expect_idle_look();
+}
+
+TEST_F(RecordingSlots, TheLightGoesOffWithTheCameraThatEndsTheRecording) {
+  start_quietly();
+  app->onStartStopRecording();
+  app->handleFlashLightAction();
+  ASSERT_TRUE(app->mLightOn);
+  fake_camera::clear_journal();
+  app->playVideo();
+  EXPECT_FALSE(app->mLightOn);
+  EXPECT_STREQ(_menuIcons[4], "asset:///images/icon_lightoff.png");
+  EXPECT_THAT(fake_camera::commands(), Contains("light 0"));
+  handset::Stage::instance()->go_back();
 }
 
 TEST_F(RecordingSlots, TheEndOfTheProgramEndsTheRecording) {

@@ -405,7 +405,11 @@ TEST_F(Service, CameraRollMakesNewFilesInTheUsersVideos) {
   EXPECT_TRUE(std::filesystem::exists(path));
   EXPECT_EQ(camera_roll_close_video(fd), 0);
   EXPECT_NE(camera_roll_close_video(fd), 0);
-  std::filesystem::remove(path);
+  EXPECT_FALSE(std::filesystem::exists(path)) << "nothing was recorded";
+  ASSERT_EQ(camera_roll_open_video(handle, &fd, name, sizeof name, CAMERA_ROLL_VIDEO_FMT_DEFAULT), 0);
+  write_file(name, "a film");
+  EXPECT_EQ(camera_roll_close_video(fd), 0);
+  EXPECT_TRUE(std::filesystem::remove(name));
 }
 
 }  // namespace
