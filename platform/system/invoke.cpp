@@ -67,7 +67,11 @@ InvokeTargetReply* InvokeManager::invoke(const InvokeRequest& request) {
   if (!target.isEmpty() && target != QLatin1String(picture_target)) return refuse("there is no such target", target);
   if (!request.uri().isLocalFile()) return refuse("this is no file URI", request.uri().toString());
   register_documents();
-  if (open) open->finish(QStringLiteral("replaced"));
+  if (open) {
+    // Whoever opens a second card is not done with the first.
+    disconnect(open, &Card::done, this, nullptr);
+    open->finish(QStringLiteral("replaced"));
+  }
   const QString path = request.uri().toLocalFile();
   open = make_card(path, !target.isEmpty() || is_picture(path));
   connect(open, &Card::done, this, &InvokeManager::childCardDone);

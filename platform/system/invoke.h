@@ -55,7 +55,7 @@ class InvokeManager : public QObject {
 
   /// Opens the card for the request: "sys.pictures.card.previewer" shows a picture; without a target a picture is
   /// shown and any other file played. A file that is missing or broken opens a card that says so. An open card is
-  /// closed and reported done first.
+  /// closed first, and reported done if another manager opened it.
   /// @return null, after one line on the error stream, when there is no such target or the URI is no file URI;
   ///         otherwise a reply, a child of this manager until it is given another parent
   InvokeTargetReply* invoke(const InvokeRequest& request);

@@ -63,6 +63,28 @@ TEST_F(Playback, TheCameraMakesWayForTheFilmAndComesBack) {
   EXPECT_TRUE(menu_icon_shown());
 }
 
+TEST_F(Playback, ASecondFilmTakesTheFirstOnesPlaceWithoutTheCamera) {
+  start_with("v.mp4");
+  app->playVideo();
+  app->playVideo();
+  EXPECT_NE(card(), nullptr);
+  EXPECT_TRUE(_busy);
+  EXPECT_FALSE(fake_camera::is_open());
+  EXPECT_TRUE(shown("videoContainer"));
+  close_card();
+  EXPECT_TRUE(wait_until([] { return fake_camera::is_open(); }));
+}
+
+TEST_F(Playback, ThePanelsCloseAsByATap) {
+  start_with("v.mp4");
+  app->mListMenuContainer->setVisible(true);
+  app->setMenuVisible(true);
+  ASSERT_EQ(app->mMenuMode, menu_main);
+  app->playVideo();
+  EXPECT_EQ(app->mMenuMode, menu_closed);
+  EXPECT_FALSE(app->mListMenuContainer->isVisible());
+}
+
 TEST_F(Playback, TheFrontCameraComesBackAsTheFrontCamera) {
   start_with("v.mp4");
   app->onStopCamera();
@@ -112,6 +134,16 @@ TEST_F(Playback, APictureCardChangesNothing) {
   EXPECT_EQ(app->mCameraHandle, handle);
   EXPECT_THAT(fake_camera::commands(), testing::IsEmpty());
   EXPECT_TRUE(menu_icon_shown());
+}
+
+TEST_F(Playback, WhateverItsNameAPictureIsShownAndNotPlayed) {
+  start_with("");
+  app->showPhotoInCard(QString::fromStdString(sandbox.file("picture")));
+  ASSERT_NE(card(), nullptr);
+  EXPECT_STREQ(card()->metaObject()->className(), "handset::PictureCard");
+  close_card();
+  EXPECT_THAT(errors_of([this] { app->showPhotoInCard({}); }), HasSubstr("InvokeTargetReply is NULL: targetReply = "));
+  EXPECT_EQ(card(), nullptr);
 }
 
 TEST_F(Playback, PagesWithoutTheContainersPlayAllTheSame) {
