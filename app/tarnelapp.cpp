@@ -159,7 +159,7 @@ cascades::Menu* tarnelApp::create_application_menu() {
   return menu;
 }
 
-/// Not in the menu, which has three items: a page that offers it finds it as this object's child.
+/// Not in the menu, which has three items; pages call its slot by themselves.
 void tarnelApp::create_screenshot_action() {
   action_item("ScreenShot", "asset:///images/icon_camera.png", &tarnelApp::handleScreenShotAction);
 }

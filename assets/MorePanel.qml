@@ -9,6 +9,7 @@ FocusScope {
     required property bool recording
 
     signal screenshotClicked()
+    signal pictureClicked(string path)
     signal recordScreenClicked()
     signal privateClicked()
     signal inviteClicked()
@@ -29,6 +30,10 @@ FocusScope {
         const rows = Array.prototype.filter.call(column.children, row => row.enabled);
         const at = rows.findIndex(row => row.activeFocus);
         rows[(at + by + rows.length) % rows.length].forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    LastPicture {
+        id: last
     }
 
     visible: false
@@ -83,6 +88,13 @@ FocusScope {
                 text: qsTr("Screenshot")
                 picture: "icon_camera.png"
                 onPicked: more.screenshotClicked()
+            }
+
+            Row {
+                text: qsTr("Last screenshot")
+                picture: "icon_open.png"
+                enabled: last.path !== ""
+                onPicked: more.pictureClicked(last.path)
             }
 
             Row {

@@ -11,11 +11,20 @@ Container {
     property bool awaited: false
 
     signal stopClicked()
+    // There is no picture of the screen, and no other one.
+    signal failed()
 
     function begin() {
         active = true;
         awaited = true;
         visible = true;
+        refusal.stop();
+    }
+
+    // The program has tried to open the screen: its first picture is there, or there will be none.
+    function opened() {
+        if (awaited)
+            patience.start();
     }
 
     function end() {
@@ -26,13 +35,33 @@ Container {
 
     // A camera that starts after the screen's is a lens again.
     function cameraStarted() {
-        if (!awaited)
+        if (active && !awaited)
             end();
         awaited = false;
     }
 
+    Timer {
+        id: patience
+        interval: 1000
+        onTriggered: {
+            if (!recorder.awaited)
+                return;
+            recorder.end();
+            recorder.failed();
+            recorder.visible = true;
+            refusal.start();
+        }
+    }
+
+    // While it runs, what has become of the screen stands here.
+    Timer {
+        id: refusal
+        interval: 5000
+        onTriggered: recorder.end()
+    }
+
     objectName: "screenrecorderContainer"
-    width: stop.width + (name.visible ? name.implicitWidth + Theme.spacingSmall + Theme.spacingLarge : 0)
+    width: (stop.visible ? stop.width : Theme.spacingSmall) + (name.visible ? name.implicitWidth + Theme.spacingSmall + Theme.spacingLarge : 0)
     height: Theme.touch
     visible: false
 
@@ -44,6 +73,7 @@ Container {
 
     ImageButton {
         id: stop
+        visible: recorder.active
         objectName: "screenrecord_img"
         accessibleName: qsTr("End the screen recording, back to the camera")
         defaultImageSource: "asset:///images/ic_stop_normal.png"
@@ -54,10 +84,9 @@ Container {
     // The clock of the recording needs the room.
     Label {
         id: name
-        anchors.left: stop.right
-        anchors.leftMargin: Theme.spacingSmall
+        x: (stop.visible ? stop.width : Theme.spacingSmall) + Theme.spacingSmall
         height: parent.height
         visible: !recorder.recording
-        text: qsTr("Screen recording")
+        text: recorder.active ? qsTr("Screen recording") : qsTr("The screen cannot be filmed")
     }
 }

@@ -51,6 +51,12 @@ NavigationPane {
             _mainApp.setScreenSize();
         }
 
+        // Not from under a list, whose choices are not meant for a recording.
+        function toggleRecording() {
+            if (!menu.visible && !more.visible)
+                _mainApp.onStartStopRecording();
+        }
+
         // The first tap after a filter was chosen may only move other controls out of the way of the slider.
         function closePanels() {
             _mainApp.onTap(null);
@@ -61,6 +67,7 @@ NavigationPane {
         function enterScreenMode() {
             recorder.begin();
             _mainApp.startScreenRecorder();
+            recorder.opened();
         }
 
         function leaveScreenMode() {
@@ -81,7 +88,7 @@ NavigationPane {
             else if (modifiers !== Qt.NoModifier)
                 return false;
             else if (key === Qt.Key_Space || key === Qt.Key_R)
-                _mainApp.onStartStopRecording();
+                toggleRecording();
             else if (key === Qt.Key_F1)
                 _mainApp.handleHelpAction();
             else if (key === Qt.Key_M || key === Qt.Key_Menu)
@@ -108,7 +115,7 @@ NavigationPane {
                 id: capture
                 vertical: page.wide
                 recording: status.recording
-                onRecordClicked: _mainApp.onStartStopRecording()
+                onRecordClicked: page.toggleRecording()
                 onMenuClicked: page.openMenu()
                 onPlayClicked: _mainApp.playVideo()
             }
@@ -116,7 +123,7 @@ NavigationPane {
             StatusBar {
                 id: status
                 width: page.wide ? page.width - capture.thickness : page.width
-                sizeShown: !recorder.active
+                sizeShown: !recorder.visible
                 onSizeClicked: page.openSizes()
                 onMoreClicked: more.open()
             }
@@ -127,6 +134,7 @@ NavigationPane {
                 y: Theme.spacing
                 recording: status.recording
                 onStopClicked: page.leaveScreenMode()
+                onFailed: _mainApp.restartCamera()
             }
 
             // The lower edge of panels: above the bar, or beside it.
@@ -185,6 +193,7 @@ NavigationPane {
             recording: status.recording
             onVisibleChanged: if (!visible) page.takeFocus()
             onScreenshotClicked: _mainApp.handleScreenShotAction()
+            onPictureClicked: path => _mainApp.showPhotoInCard(path)
             onRecordScreenClicked: page.enterScreenMode()
             onPrivateClicked: _mainApp.handlePrivateAction()
             onInviteClicked: _mainApp.invitedownload()

@@ -120,6 +120,7 @@ Item {
         }
 
         ImageButton {
+            objectName: "moreButton"
             disc: true
             accessibleName: qsTr("More: screenshot, screen recording, settings, help")
             preferredWidth: Theme.touch

@@ -14,7 +14,7 @@ build_packages="g++ cmake ninja-build pkg-config
 
 # To test: the frameworks, a second opinion on the films, a camera without hardware.
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools
-  desktop-file-utils appstream"
+  desktop-file-utils appstream xvfb"
 
 # To make a package of the program.
 deb_packages="dpkg-dev file"

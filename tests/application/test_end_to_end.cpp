@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QTimer>
 #include <cstdlib>
 #include <filesystem>
@@ -15,6 +17,8 @@
 #include "app/tarnelapp.h"
 #include "engine/filter_thread.h"
 #include "engine/overlay.h"
+#include "platform/camera/camera_config.h"
+#include "platform/cascades/stage.h"
 #include "platform/device/sandbox.h"
 #include "tests/application/finger.h"
 #include "tests/support/film.h"
@@ -28,6 +32,10 @@ namespace {
 
 constexpr int patience_ms = 30000;
 
+bool on_display() {
+  return qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("xcb");
+}
+
 /// A user of the tests' own, and the application that lives as long as the tests do.
 class Surroundings : public testing::Environment {
  public:
@@ -37,7 +45,12 @@ class Surroundings : public testing::Environment {
     }
     setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
     setenv("HOME", home_.path().c_str(), 1);
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // A display that the test was given is its desktop, and is there to be filmed.
+    if (!on_display()) {
+      setenv("QT_QPA_PLATFORM", "offscreen", 1);
+      unsetenv("DISPLAY");
+    }
+    unsetenv("WAYLAND_DISPLAY");
     setenv("QT_QUICK_BACKEND", "software", 1);
     fs::create_directories(home_.file("XDG_CONFIG_HOME/morvane"));
     write_file(home_.file("XDG_CONFIG_HOME/morvane/device.ini"),
@@ -93,6 +106,7 @@ class EndToEnd : public testing::Test {
     settings.installRegistered = 1;
     settings.shutterSound = 0;
     ::save_settings(prefs_path, settings);
+    _major_error = false;  // of a lost camera before
     fs::remove_all(camera_roll_dir());
     start();
   }
@@ -251,6 +265,150 @@ TEST_F(EndToEnd, FilterTextureAndStampAreInTheFilmAndTheChoicesStay) {
   EXPECT_FALSE(logo_image.enabled);
   EXPECT_TRUE(app->control<QQuickItem>("playContainer")->isVisible());
   EXPECT_EQ(app->control<cascades::Label>("screensize")->text(), "960 x 540");
+}
+
+TEST_F(EndToEnd, TheLastFilmPlaysInTheWindowAndTheCameraComesBack) {
+  finger::type(Qt::Key_R);
+  ASSERT_TRUE(wait_until([&] { return app->mRecordLabel->text() == "00:02"; }));
+  finger::type(Qt::Key_Space);
+  ASSERT_EQ(app->mVideoFd, -1);
+  finger::tap(app->control<QQuickItem>("playContainer"));
+  const auto card = [] { return handset::Stage::instance()->card(); };
+  ASSERT_NE(card(), nullptr);
+  EXPECT_EQ(app->mCameraHandle, CAMERA_HANDLE_INVALID);
+  const auto middle = [] {
+    const QImage display = Application::instance()->readDisplay();
+    return display.copy(QRect(QPoint(0, display.height() / 3), QSize(display.width(), display.height() / 3)));
+  };
+  ASSERT_TRUE(wait_until([&] { return card() && card()->property("position").toInt() > 300; }));
+  const QImage early = middle();
+  ASSERT_TRUE(wait_until([&] { return card() && card()->property("position").toInt() > 1000; }));
+  EXPECT_NE(middle(), early) << "the pictures stand still";
+  keep_picture("playing.png");
+  ASSERT_TRUE(wait_until([&] { return card() == nullptr; })) << "the film has no end";
+  EXPECT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); }));
+  EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_REAR);
+}
+
+TEST_F(EndToEnd, ALostCameraLeavesANoticeAndAFilmAndIsFoundAgain) {
+  handset::CameraServiceConfig config = handset::config_from_device_profile();
+  const handset::CameraServiceConfig before = config;
+  config.front =
+      "gst:videotestsrc is-live=true num-buffers=90 pattern=blue ! video/x-raw,width=640,height=480,framerate=30/1";
+  handset::configure_camera_service(config);
+  tap_control("menuIconImgButton");
+  tap_button("Switch Camera");
+  ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); }));
+  finger::type(Qt::Key_R);
+  ASSERT_NE(app->mVideoFd, -1);
+  ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->notice() == "camera disconnected"; }));
+  EXPECT_FALSE(app->mViewfinderWindow->isBound());
+  keep_picture("disconnected.png");
+  finger::type(Qt::Key_R);
+  EXPECT_EQ(app->mVideoFd, -1);
+  const film::Film film = film::play(app->mSettings.lastVideoPath);
+  EXPECT_EQ(film.error, "");
+  EXPECT_GT(film.pictures.size(), 20U);
+  // What is pressed meanwhile leaves nothing behind.
+  finger::type(Qt::Key_R);
+  EXPECT_EQ(app->mVideoFd, -1);
+  EXPECT_EQ(films().size(), 1U);
+
+  app->onStopCamera();
+  app->restartCamera();
+  EXPECT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); }));
+  EXPECT_EQ(app->mViewfinderWindow->notice(), "");
+  EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_FRONT);
+  app.reset();
+  handset::configure_camera_service(before);
+}
+
+TEST_F(EndToEnd, KeysDoWhatTheHelpSays) {
+  finger::type(Qt::Key_M);
+  EXPECT_EQ(app->mMenuMode, menu_main);
+  ASSERT_TRUE(wait_until([] { return finger::button("Screen Size") != nullptr; }));
+  for (const Qt::Key key : {Qt::Key_R, Qt::Key_Space}) {
+    finger::type(key);
+    EXPECT_EQ(app->mVideoFd, -1) << "a recording from under the menu";
+  }
+  app->setMenuVisible(false);
+  while (app->mListMenuContainer->isVisible()) finger::type(Qt::Key_Escape);
+
+  finger::type(Qt::Key_F1);
+  ASSERT_NE(app->mHelpPage, nullptr);
+  EXPECT_EQ(app->mRoot->top(), app->mHelpPage);
+  finger::type(Qt::Key_Escape);
+  EXPECT_TRUE(wait_until([&] { return app->mRoot->top() != app->mHelpPage; }));
+
+  finger::type(Qt::Key_F10);
+  EXPECT_TRUE(wait_until([] { return finger::button("Private") != nullptr; }));
+  finger::type(Qt::Key_Escape);
+
+  ASSERT_TRUE(wait_until([&] {
+    finger::type(Qt::Key_R);
+    return app->mVideoFd != -1;
+  }));
+  QTimer::singleShot(1500, app.get(), [] { finger::type(Qt::Key_Q, Qt::ControlModifier); });
+  QElapsedTimer clock;
+  clock.start();
+  QTimer::singleShot(patience_ms, app.get(), &QCoreApplication::quit);
+  QCoreApplication::exec();
+  EXPECT_LT(clock.elapsed(), patience_ms / 2) << "Ctrl+Q does not quit";
+  const std::string path = app->mSettings.lastVideoPath;
+  app.reset();
+  EXPECT_EQ(film::play(path).error, "");
+}
+
+TEST_F(EndToEnd, AScreenThatCannotBeFilmedGivesTheCameraBack) {
+  if (on_display()) GTEST_SKIP() << "there is a screen";
+  tap_control("moreButton");
+  tap_button("Record the screen");
+  auto* const recorder = app->control<QQuickItem>("screenrecorderContainer");
+  EXPECT_TRUE(recorder->isVisible());
+  ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound() && app->mCameraUnit == CAMERA_UNIT_REAR; }));
+  EXPECT_TRUE(recorder->isVisible()) << "nothing says why";
+  keep_picture("no_screen.png");
+  EXPECT_TRUE(wait_until([&] { return !recorder->isVisible(); }));
+}
+
+/// With a display that is red but for the window.
+TEST_F(EndToEnd, XvfbsScreenIsFilmedUnedited) {
+  if (!on_display()) GTEST_SKIP() << "there is no screen";
+  pick("Color Filters", "Sepia");
+  tap_control("moreButton");
+  tap_button("Record the screen");
+  EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_DESKTOP);
+  EXPECT_TRUE(_screen_recording);
+  wait_for(300);
+  keep_picture("screen_mode.png");
+  finger::type(Qt::Key_R);
+  ASSERT_TRUE(wait_until([&] { return app->mRecordLabel->text() == "00:02"; }));
+  finger::type(Qt::Key_R);
+  const film::Film film = film::play(app->mSettings.lastVideoPath);
+  EXPECT_EQ(film.error, "");
+  ASSERT_GT(film.pictures.size(), 20U);
+  // The whole screen is in the picture, as large as it gets.
+  const QSize screen = QGuiApplication::primaryScreen()->size();
+  const film::Picture& picture = film.pictures.back();
+  const double scale =
+      std::min(picture.width / double(screen.width()), picture.height / double(screen.height()));
+  const auto red = [&](QPoint point) {
+    const auto on_picture = [&](int place, int whole, int size) {
+      return static_cast<int>((size - whole * scale) / 2 + place * scale);
+    };
+    return picture.v(on_picture(point.x(), screen.width(), picture.width),
+                     on_picture(point.y(), screen.height(), picture.height)) > 200;
+  };
+  EXPECT_TRUE(red({screen.width() - 12, 12}));
+  EXPECT_TRUE(red({screen.width() - 12, screen.height() - 12}));
+  // The window's middle shows the screen again; above that it is dark.
+  const QRect window = Application::instance()->desktopWindow()->geometry();
+  EXPECT_FALSE(red({window.center().x(), window.y() + window.height() / 5}));
+
+  tap_control("screenrecord_img");
+  EXPECT_TRUE(wait_until([&] { return app->mCameraUnit == CAMERA_UNIT_REAR && app->mViewfinderWindow->isBound(); }));
+  EXPECT_FALSE(_screen_recording);
+  EXPECT_EQ(_cur_camera_filter, 5);
 }
 
 /// Uses whatever is on the screen, at random, from the event loop, dialogs and cards included.

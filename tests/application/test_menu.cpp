@@ -10,6 +10,7 @@
 #include "engine/filter_thread.h"
 #include "engine/overlay.h"
 #include "engine/overlay_loader.h"
+#include "platform/cascades/stage.h"
 #include "tests/application/app_fixture.h"
 #include "tests/application/fake_camera_service.h"
 
@@ -141,11 +142,18 @@ TEST_F(Menu, ModesFollowTheTransitions) {
     choose(main_row);
     app->setMenuVisible(false);
   }
-  for (const int main_row : {1, 4, 7}) {
+  // Three rows act at once.
+  open();
+  choose(1);
+  EXPECT_EQ(app->mMenuMode, -1);
+  EXPECT_NE(handset::Stage::instance()->card(), nullptr) << "the picture picker";
+  handset::Stage::instance()->go_back();
+  for (const auto& [main_row, command] : {std::pair{4, "light 1"}, {7, "open 1 31"}}) {
     open();
+    fake_camera::clear_journal();
     choose(main_row);
     EXPECT_EQ(app->mMenuMode, -1);
-    if (main_row == 1) app->onFileCanceled();
+    EXPECT_THAT(fake_camera::commands(), testing::Contains(command));
   }
   // What no list holds: an index path that is none, and a row of a list before the mode changed.
   open();

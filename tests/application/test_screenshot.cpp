@@ -11,7 +11,6 @@
 #include <QMetaProperty>
 #include <QQmlComponent>
 #include <QRegularExpression>
-#include <clocale>
 #include <cstdlib>
 #include <vector>
 

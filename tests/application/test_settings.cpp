@@ -139,14 +139,17 @@ TEST_F(Settings, SavingLoadsTheOverlayAnew) {
   app->load_logo(sandbox.file("app/native/assets/images/textures/eff_brick.png").c_str());
   ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
   fullscreen = false;
-  QImage picture(200, 100, QImage::Format_ARGB32);
+  QImage picture(_screen_wid, 100, QImage::Format_ARGB32);
   picture.fill(Qt::red);
   ASSERT_TRUE(picture.save(QString::fromStdString(sandbox.file("data/red.png"))));
   app->load_logo("data/red.png");
+  ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
+  EXPECT_EQ(logo_image.y, 0);
   app->handleSettingAction();
   choose("position", 3);
   app->saveSettings();
-  EXPECT_FALSE(logo_image.enabled);
+  ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
+  EXPECT_EQ(logo_image.y, (_screen_hi - 100) / 2);
 }
 
 TEST_F(Settings, MissingControlsKeepTheirFields) {

@@ -9,6 +9,7 @@
 
 #include "platform/cascades/pages.h"
 #include "platform/cascades/stage.h"
+#include "platform/network/netstatus.h"
 #include "social/attribution.h"
 #include "social/registration_handler.h"
 #include "tests/application/app_fixture.h"
@@ -46,6 +47,20 @@ class Social : public AppTest {
       EXPECT_TRUE(wait_until([&] { return app->mPingReply == nullptr; }));
     });
   }
+  /// What the kernel says of the default interface.
+  struct Link {
+    bool carries_reports = false;
+    QString address;
+  };
+  static Link link() {
+    Link link;
+    netstatus_interface_details_t* details = nullptr;
+    if (netstatus_get_interface_details(nullptr, &details) != 0) return link;
+    link = {carries_reports(netstatus_interface_get_type(details)),
+            QString::fromLatin1(netstatus_interface_get_ip_address(details, 0))};
+    netstatus_free_interface_details(&details);
+    return link;
+  }
   static bb::cascades::Sheet* sheet() {
     return qobject_cast<bb::cascades::Sheet*>(handset::Stage::instance()->sheet());
   }
@@ -60,7 +75,7 @@ TEST_F(Social, AReportThatIsConfirmedIsRemembered) {
   EXPECT_EQ(report_to(server), "prefs updated\n\n");
   EXPECT_EQ(stored_settings().installRegistered, 1);
   const attribution_report_s report{
-      .pin = "2B6F01A4", .local_ip = app->getLocalIp(), .os_version = "10.3.3.3216", .keyboard = false};
+      .pin = "2B6F01A4", .local_ip = link().address, .os_version = "10.3.3.3216", .keyboard = false};
   const QByteArray url = attribution_url(server.host(), report);
   EXPECT_EQ(first_line(server.request), "GET " + url.mid(url.indexOf("/v1/")) + " HTTP/1.1");
 }
@@ -103,9 +118,9 @@ TEST_F(Social, ReportsAfterTheStartWhereTheLinkIsWorthIt) {
   const LoopbackServer server(http_answer("200 OK", "success"));
   _attribution_host = server.host();
   app->bbmFinishRegister();
-  EXPECT_EQ(app->mPingReply != nullptr, app->isInternetConnected());
+  EXPECT_EQ(app->mPingReply != nullptr, link().carries_reports);
   ASSERT_TRUE(wait_until([&] { return app->mPingReply == nullptr; }));
-  EXPECT_EQ(server.connections, app->isInternetConnected() ? 1 : 0);
+  EXPECT_EQ(server.connections, link().carries_reports ? 1 : 0);
 }
 
 TEST_F(Social, TheFirstRunsHintIsRememberedOnceItHasBeenRead) {

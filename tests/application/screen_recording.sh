@@ -1,0 +1,15 @@
+#!/bin/bash
+# Films an X11 display of the test's own, which is red but for the program's window.
+# Usage: screen_recording.sh TEST_END_TO_END
+set -u
+log=$(mktemp)
+Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$log" >/dev/null 2>&1 &
+jobs=($!)
+trap 'kill "${jobs[@]}" 2>/dev/null; wait 2>/dev/null; rm -f "$log"' EXIT
+for _ in $(seq 100); do [ -s "$log" ] && break || sleep 0.1; done
+[ -s "$log" ] || { echo "FAILED: no display"; exit 1; }
+export DISPLAY=":$(cat "$log")" QT_QPA_PLATFORM=xcb
+gst-launch-1.0 -q videotestsrc pattern=red ! video/x-raw,width=1280,height=900,framerate=5/1 ! ximagesink &
+jobs+=($!)
+sleep 2
+GTEST_FILTER='*Xvfb*' "$1"
