@@ -117,6 +117,7 @@ void FilmPlayer::Run::set_playing(bool playing) {
 
 void FilmPlayer::Run::seek(std::int64_t position) {
   const std::lock_guard lock(mutex_);
+  if (status_.duration <= 0) return;  // not known: there is no place to go to
   wanted_position_ = std::clamp<std::int64_t>(position, 0, status_.duration);
   status_.position = wanted_position_;
   wake();

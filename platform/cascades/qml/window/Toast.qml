@@ -18,7 +18,7 @@ Item {
     Rectangle {
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: Math.round(parent.height * 0.12)
+        anchors.bottomMargin: Math.round(parent.height * 0.2)
         width: shown.width + 2 * Theme.spacingLarge
         height: shown.height + 2 * Theme.spacing
         radius: Theme.radius
