@@ -61,13 +61,12 @@ Container {
     }
 
     objectName: "screenrecorderContainer"
-    width: (stop.visible ? stop.width : Theme.spacingSmall) + (name.visible ? name.implicitWidth + Theme.spacingSmall + Theme.spacingLarge : 0)
+    width: name.visible ? name.x + name.implicitWidth + Theme.spacingLarge : stop.width
     height: Theme.touch
     visible: false
 
-    Rectangle {
+    Pill {
         anchors.fill: parent
-        radius: height / 2
         color: Theme.disc
     }
 

@@ -16,9 +16,8 @@ Item {
 
     height: Theme.touch + 2 * Theme.spacing
 
-    component Pill: Rectangle {
+    component Ground: Pill {
         anchors.fill: parent
-        radius: height / 2
         color: Theme.disc
     }
 
@@ -32,7 +31,7 @@ Item {
             width: film.width + (size.text === "" ? 0 : size.implicitWidth + Theme.spacingSmall + Theme.spacingLarge)
             height: Theme.touch
 
-            Pill {
+            Ground {
                 TapHandler {
                     onTapped: bar.sizeClicked()
                 }
@@ -71,7 +70,7 @@ Item {
         // The first second of the next recording shows what stands here.
         onVisibleChanged: if (!visible) time.text = "00:00"
 
-        Pill {}
+        Ground {}
 
         ImageView {
             id: dot

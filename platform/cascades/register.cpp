@@ -13,6 +13,7 @@
 #include "platform/cascades/menu.h"
 #include "platform/cascades/orientation.h"
 #include "platform/cascades/pages.h"
+#include "platform/cascades/pill.h"
 #include "platform/cascades/shield.h"
 
 // At file scope: the macro declares a function of the global namespace.
@@ -73,6 +74,7 @@ void register_looks() {
   const QString base = QStringLiteral("qrc:/bb/cascades/%1.qml");
   for (const char* name : looks) qmlRegisterType(QUrl(base.arg(QLatin1String(name))), looks_module, 1, 0, name);
   qmlRegisterSingletonType(QUrl(base.arg(QStringLiteral("Theme"))), looks_module, 1, 0, "Theme");
+  qmlRegisterType<Pill>(looks_module, 1, 0, "Pill");
   qmlRegisterType<Sheet>(looks_module, 1, 0, "Sheet");
   qmlRegisterType<TranslateTransition>(looks_module, 1, 0, "TranslateTransition");
   register_enumeration<UIOrientation>("UIOrientation");

@@ -4,7 +4,9 @@
 
 #include <QMetaMethod>
 #include <QMetaProperty>
+#include <QQmlComponent>
 #include <QQmlEngine>
+#include <QTimer>
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -126,6 +128,16 @@ TEST_F(Shell, TheFirstStartWritesTheDefaultsAndPreparesTheEngine) {
   std::memcpy(mask, filter_bitmask, sizeof mask);
   filter_init(0.5, filter_match_red);
   EXPECT_EQ(std::memcmp(mask, filter_bitmask, sizeof mask), 0);
+}
+
+TEST_F(Shell, PagesMayUseTheirOwnScreenshotsAndTimers) {
+  start();
+  QQmlComponent component(cascades::Application::instance()->engine());
+  component.setData("import com.appshot 1.0\nQTimer { property AppShot shot: AppShot {} }", {});
+  const std::unique_ptr<QObject> timer(component.create());
+  ASSERT_NE(timer, nullptr) << component.errorString().toStdString();
+  EXPECT_NE(qobject_cast<QTimer*>(timer.get()), nullptr);
+  EXPECT_EQ(timer->property("shot").value<QObject*>()->property("saveFolder"), "/shared/camera/");
 }
 
 TEST_F(Shell, TheCameraOpensWhenAllElseIsThere) {

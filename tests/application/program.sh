@@ -1,0 +1,41 @@
+#!/bin/bash
+# The program as it is installed: a second start, the end by a signal while it records, a start with nothing around it.
+# Usage: program.sh MORVANE
+set -u
+program=$1
+dir=$(mktemp -d)
+trap 'kill "${first:-0}" 2>/dev/null; wait 2>/dev/null; rm -rf "$dir"' EXIT
+mkdir -p -m 700 "$dir/run" "$dir/config/morvane"
+printf '[camera]\nrear = scene\nfront = scene\nmicrophone = none\n' >"$dir/config/morvane/device.ini"
+unset DISPLAY WAYLAND_DISPLAY XDG_CACHE_HOME XDG_STATE_HOME
+export HOME=$dir XDG_CONFIG_HOME=$dir/config XDG_DATA_HOME=$dir/share XDG_RUNTIME_DIR=$dir/run
+
+fail() {
+  echo "FAILED: $*"
+  cat "$dir"/*.log
+  exit 1
+}
+soon() {
+  for _ in $(seq 100); do "$@" && return || sleep 0.1; done
+  return 1
+}
+
+"$program" >"$dir/first.log" 2>&1 &
+first=$!
+soon grep -q onWindowAttached "$dir/first.log" || fail "no picture"
+[ "$(stat -c %s "$dir/share/morvane/data/tarnel2.dat")" = 18348 ] || fail "no preferences in the sandbox"
+
+begin=$(date +%s%N)
+"$program" >"$dir/second.log" 2>&1 || fail "a second start ended with $?"
+[ $((($(date +%s%N) - begin) / 1000000)) -lt 3000 ] || fail "a second start took long"
+[ ! -s "$dir/second.log" ] || fail "a second start has something to say"
+kill -0 "$first" || fail "the first start did not survive the second"
+
+kill -TERM "$first"
+wait "$first" || fail "SIGTERM ended it with $?"
+
+# Its package is looked for beside the program.
+mkdir -p "$dir/alone/bin"
+cp "$program" "$dir/alone/bin/morvane"
+"$dir/alone/bin/morvane" >"$dir/alone.log" 2>&1 && fail "it starts without its package"
+[ "$(cat "$dir/alone.log")" = "the application's package is missing" ] || fail "no clear line about the missing package"
