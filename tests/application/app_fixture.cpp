@@ -1,47 +1,18 @@
 #include "tests/application/app_fixture.h"
 
-#include <unistd.h>
-
-#include <QElapsedTimer>
-#include <QTimer>
 #include <cstdlib>
 #include <filesystem>
 
 #include "engine/overlay_loader.h"
 #include "platform/cascades/assets.h"
 #include "tests/application/fake_camera_service.h"
+#include "tests/application/surroundings.h"
 #include "tests/engine/engine_state.h"
 
 namespace fs = std::filesystem;
 using bb::cascades::Application;
 
 namespace {
-
-constexpr int patience_ms = 10000;
-
-/// Lives from before the first test until after the last one: Qt allows one application at a time, and what it reads
-/// from the environment it reads once.
-class Surroundings : public testing::Environment {
- public:
-  void SetUp() override {
-    for (const char* const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
-      setenv(name, home_.file(name).c_str(), 1);
-    }
-    setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
-    setenv("HOME", home_.path().c_str(), 1);
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    setenv("QT_QUICK_BACKEND", "software", 1);
-    application_ = std::make_unique<Application>(argc_, argv_);
-  }
-  void TearDown() override { application_.reset(); }
-
- private:
-  const TempDir home_;
-  int argc_ = 1;
-  char name_[8] = "morvane";
-  char* argv_[2] = {name_, nullptr};
-  std::unique_ptr<Application> application_;
-};
 
 // Owned by GoogleTest.
 [[maybe_unused]] testing::Environment* const surroundings = testing::AddGlobalTestEnvironment(new Surroundings);
@@ -102,20 +73,11 @@ std::string AppTest::errors_of(const std::function<void()>& action) {
 }
 
 bool AppTest::wait_until(const std::function<bool()>& condition) {
-  QElapsedTimer clock;
-  clock.start();
-  while (!condition()) {
-    if (clock.elapsed() > patience_ms) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    usleep(1000);
-  }
-  return true;
+  return run_until(condition);
 }
 
 void AppTest::wait_for(int milliseconds) {
-  QEventLoop loop;
-  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-  loop.exec();
+  run_for(milliseconds);
 }
 
 void AppTest::remove(const char* name) const {

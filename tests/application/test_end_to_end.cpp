@@ -1,8 +1,6 @@
 // The program as it is used: its pages in its window, the camera service on the built-in scene, films that are decoded.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -21,6 +19,7 @@
 #include "platform/cascades/stage.h"
 #include "platform/device/sandbox.h"
 #include "tests/application/finger.h"
+#include "tests/application/surroundings.h"
 #include "tests/support/film.h"
 #include "tests/support/temp_dir.h"
 
@@ -32,61 +31,18 @@ namespace {
 
 constexpr int patience_ms = 30000;
 
-bool on_display() {
-  return qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("xcb");
-}
-
-/// A user of the tests' own, and the application that lives as long as the tests do.
-class Surroundings : public testing::Environment {
- public:
-  void SetUp() override {
-    for (const char* const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
-      setenv(name, home_.file(name).c_str(), 1);
-    }
-    setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
-    setenv("HOME", home_.path().c_str(), 1);
-    // A display that the test was given is its desktop, and is there to be filmed.
-    if (!on_display()) {
-      setenv("QT_QPA_PLATFORM", "offscreen", 1);
-      unsetenv("DISPLAY");
-    }
-    unsetenv("WAYLAND_DISPLAY");
-    setenv("QT_QUICK_BACKEND", "software", 1);
-    fs::create_directories(home_.file("XDG_CONFIG_HOME/morvane"));
-    write_file(home_.file("XDG_CONFIG_HOME/morvane/device.ini"),
+/// Whose cameras see the built-in scene.
+class UserOfTheProgram : public Surroundings {
+ protected:
+  void prepare(const TempDir& home) override {
+    fs::create_directories(home.file("XDG_CONFIG_HOME/morvane"));
+    write_file(home.file("XDG_CONFIG_HOME/morvane/device.ini"),
                "[camera]\nrear = scene\nfront = scene\nmicrophone = none\n");
     ASSERT_EQ(enter_sandbox(MORVANE_PACKAGE_DIR), 0);
-    application_ = std::make_unique<Application>(argc_, argv_);
   }
-  void TearDown() override { application_.reset(); }
-
- private:
-  const TempDir home_;
-  int argc_ = 1;
-  char name_[8] = "morvane";
-  char* argv_[2] = {name_, nullptr};
-  std::unique_ptr<Application> application_;
 };
 
-// Owned by GoogleTest.
-[[maybe_unused]] testing::Environment* const surroundings = testing::AddGlobalTestEnvironment(new Surroundings);
-
-bool wait_until(const std::function<bool()>& condition) {
-  QElapsedTimer clock;
-  clock.start();
-  while (!condition()) {
-    if (clock.elapsed() > patience_ms) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    usleep(1000);
-  }
-  return true;
-}
-
-void wait_for(int milliseconds) {
-  QEventLoop loop;
-  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-  loop.exec();
-}
+[[maybe_unused]] testing::Environment* const surroundings = testing::AddGlobalTestEnvironment(new UserOfTheProgram);
 
 std::vector<fs::path> films() {
   std::vector<fs::path> found;
@@ -113,22 +69,22 @@ class EndToEnd : public testing::Test {
 
   void start() {
     app = std::make_unique<tarnelApp>(Application::instance());
-    ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); })) << "no picture";
+    ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); })) << "no picture";
   }
 
   /// Waits until what slides in has come to rest.
   static void wait_for_rest(const QQuickItem* item) {
     QPointF before;
-    ASSERT_TRUE(wait_until([&] {
+    ASSERT_TRUE(run_until([&] {
       const QPointF now = item->mapToScene({0, 0});
       if (now == before) return true;
       before = now;
-      wait_for(60);
+      run_for(60);
       return false;
     }));
   }
   void tap_button(const QString& text) const {
-    ASSERT_TRUE(wait_until([&] { return finger::button(text) != nullptr; })) << text.toStdString();
+    ASSERT_TRUE(run_until([&] { return finger::button(text) != nullptr; })) << text.toStdString();
     QQuickItem* const button = finger::button(text);
     wait_for_rest(button);
     finger::tap(button);
@@ -154,11 +110,11 @@ class EndToEnd : public testing::Test {
     for (int tap = 0; tap < 10 && !finger::button(option); ++tap) {
       wait_for_rest(box);
       finger::tap(box->mapToScene({box->width() / 2, box->height() - 20}));
-      wait_for(500);
+      run_for(500);
     }
     tap_button(option);
     EXPECT_EQ(box->selectedIndex(), row);
-    wait_for(50);  // the list goes away by itself
+    run_for(50);  // the list goes away by itself
   }
   void keep_picture(const char* name) const {
     if (const char* const folder = std::getenv("MORVANE_TEST_PICTURES")) {
@@ -207,14 +163,14 @@ double share_shown(const film::Picture& picture, const std::vector<Block>& block
 
 TEST_F(EndToEnd, FilterTextureAndStampAreInTheFilmAndTheChoicesStay) {
   pick("Screen Size", "960 x 540");
-  ASSERT_TRUE(wait_until([] { return _screen_wid == 960; }));
+  ASSERT_TRUE(run_until([] { return _screen_wid == 960; }));
   pick("Color Filters", "Sepia");
   EXPECT_EQ(_cur_camera_filter, 5);
   pick("Default Textures", "Frame");
-  ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
+  ASSERT_TRUE(run_until([] { return logo_image.enabled; }));
 
   finger::type(Qt::Key_Comma, Qt::ControlModifier);
-  ASSERT_TRUE(wait_until([&] { return app->mSettingsSheet && app->mSettingsSheet->isOpened(); }));
+  ASSERT_TRUE(run_until([&] { return app->mSettingsSheet && app->mSettingsSheet->isOpened(); }));
   EXPECT_FALSE(logo_image.enabled);
   choose("timeformatDropdown", "DD-MM-YYYY");
   choose("colorDropdown", "White");
@@ -222,14 +178,14 @@ TEST_F(EndToEnd, FilterTextureAndStampAreInTheFilmAndTheChoicesStay) {
   keep_picture("settings.png");
   tap_button("Save");
   EXPECT_FALSE(app->mSettingsSheet->isOpened());
-  ASSERT_TRUE(wait_until([] { return logo_image.enabled; }));
+  ASSERT_TRUE(run_until([] { return logo_image.enabled; }));
   ASSERT_TRUE(datetime_image.enabled);
 
   EXPECT_FALSE(app->control<QQuickItem>("playContainer")->isVisible());
   tap_control("imgbut_record_stop");
-  ASSERT_TRUE(wait_until([&] { return app->mVideoFd != -1; }));
+  ASSERT_TRUE(run_until([&] { return app->mVideoFd != -1; }));
   EXPECT_TRUE(app->control<QQuickItem>("RecordContainer")->isVisible());
-  ASSERT_TRUE(wait_until([&] { return app->mRecordLabel->text() == "00:03"; }));
+  ASSERT_TRUE(run_until([&] { return app->mRecordLabel->text() == "00:03"; }));
   keep_picture("recording.png");
   const std::vector<Block> texture = solid_blocks(logo_image), stamp = solid_blocks(datetime_image);
   tap_control("imgbut_record_stop");
@@ -269,7 +225,7 @@ TEST_F(EndToEnd, FilterTextureAndStampAreInTheFilmAndTheChoicesStay) {
 
 TEST_F(EndToEnd, TheLastFilmPlaysInTheWindowAndTheCameraComesBack) {
   finger::type(Qt::Key_R);
-  ASSERT_TRUE(wait_until([&] { return app->mRecordLabel->text() == "00:02"; }));
+  ASSERT_TRUE(run_until([&] { return app->mRecordLabel->text() == "00:02"; }));
   finger::type(Qt::Key_Space);
   ASSERT_EQ(app->mVideoFd, -1);
   finger::tap(app->control<QQuickItem>("playContainer"));
@@ -280,13 +236,13 @@ TEST_F(EndToEnd, TheLastFilmPlaysInTheWindowAndTheCameraComesBack) {
     const QImage display = Application::instance()->readDisplay();
     return display.copy(QRect(QPoint(0, display.height() / 3), QSize(display.width(), display.height() / 3)));
   };
-  ASSERT_TRUE(wait_until([&] { return card() && card()->property("position").toInt() > 300; }));
+  ASSERT_TRUE(run_until([&] { return card() && card()->property("position").toInt() > 300; }));
   const QImage early = middle();
-  ASSERT_TRUE(wait_until([&] { return card() && card()->property("position").toInt() > 1000; }));
+  ASSERT_TRUE(run_until([&] { return card() && card()->property("position").toInt() > 1000; }));
   EXPECT_NE(middle(), early) << "the pictures stand still";
   keep_picture("playing.png");
-  ASSERT_TRUE(wait_until([&] { return card() == nullptr; })) << "the film has no end";
-  EXPECT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); }));
+  ASSERT_TRUE(run_until([&] { return card() == nullptr; })) << "the film has no end";
+  EXPECT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
   EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_REAR);
 }
 
@@ -298,10 +254,10 @@ TEST_F(EndToEnd, ALostCameraLeavesANoticeAndAFilmAndIsFoundAgain) {
   handset::configure_camera_service(config);
   tap_control("menuIconImgButton");
   tap_button("Switch Camera");
-  ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); }));
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
   finger::type(Qt::Key_R);
   ASSERT_NE(app->mVideoFd, -1);
-  ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->notice() == "camera disconnected"; }));
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->notice() == "camera disconnected"; }));
   EXPECT_FALSE(app->mViewfinderWindow->isBound());
   keep_picture("disconnected.png");
   finger::type(Qt::Key_R);
@@ -316,7 +272,7 @@ TEST_F(EndToEnd, ALostCameraLeavesANoticeAndAFilmAndIsFoundAgain) {
 
   app->onStopCamera();
   app->restartCamera();
-  EXPECT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound(); }));
+  EXPECT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
   EXPECT_EQ(app->mViewfinderWindow->notice(), "");
   EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_FRONT);
   app.reset();
@@ -326,7 +282,7 @@ TEST_F(EndToEnd, ALostCameraLeavesANoticeAndAFilmAndIsFoundAgain) {
 TEST_F(EndToEnd, KeysDoWhatTheHelpSays) {
   finger::type(Qt::Key_M);
   EXPECT_EQ(app->mMenuMode, menu_main);
-  ASSERT_TRUE(wait_until([] { return finger::button("Screen Size") != nullptr; }));
+  ASSERT_TRUE(run_until([] { return finger::button("Screen Size") != nullptr; }));
   for (const Qt::Key key : {Qt::Key_R, Qt::Key_Space}) {
     finger::type(key);
     EXPECT_EQ(app->mVideoFd, -1) << "a recording from under the menu";
@@ -338,13 +294,13 @@ TEST_F(EndToEnd, KeysDoWhatTheHelpSays) {
   ASSERT_NE(app->mHelpPage, nullptr);
   EXPECT_EQ(app->mRoot->top(), app->mHelpPage);
   finger::type(Qt::Key_Escape);
-  EXPECT_TRUE(wait_until([&] { return app->mRoot->top() != app->mHelpPage; }));
+  EXPECT_TRUE(run_until([&] { return app->mRoot->top() != app->mHelpPage; }));
 
   finger::type(Qt::Key_F10);
-  EXPECT_TRUE(wait_until([] { return finger::button("Private") != nullptr; }));
+  EXPECT_TRUE(run_until([] { return finger::button("Private") != nullptr; }));
   finger::type(Qt::Key_Escape);
 
-  ASSERT_TRUE(wait_until([&] {
+  ASSERT_TRUE(run_until([&] {
     finger::type(Qt::Key_R);
     return app->mVideoFd != -1;
   }));
@@ -360,29 +316,29 @@ TEST_F(EndToEnd, KeysDoWhatTheHelpSays) {
 }
 
 TEST_F(EndToEnd, AScreenThatCannotBeFilmedGivesTheCameraBack) {
-  if (on_display()) GTEST_SKIP() << "there is a screen";
+  ASSERT_FALSE(Surroundings::on_display());
   tap_control("moreButton");
   tap_button("Record the screen");
   auto* const recorder = app->control<QQuickItem>("screenrecorderContainer");
   EXPECT_TRUE(recorder->isVisible());
-  ASSERT_TRUE(wait_until([&] { return app->mViewfinderWindow->isBound() && app->mCameraUnit == CAMERA_UNIT_REAR; }));
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound() && app->mCameraUnit == CAMERA_UNIT_REAR; }));
   EXPECT_TRUE(recorder->isVisible()) << "nothing says why";
   keep_picture("no_screen.png");
-  EXPECT_TRUE(wait_until([&] { return !recorder->isVisible(); }));
+  EXPECT_TRUE(run_until([&] { return !recorder->isVisible(); }));
 }
 
 /// With a display that is red but for the window.
 TEST_F(EndToEnd, XvfbsScreenIsFilmedUnedited) {
-  if (!on_display()) GTEST_SKIP() << "there is no screen";
+  ASSERT_TRUE(Surroundings::on_display()) << "screen_recording.sh gives it a display";
   pick("Color Filters", "Sepia");
   tap_control("moreButton");
   tap_button("Record the screen");
   EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_DESKTOP);
   EXPECT_TRUE(_screen_recording);
-  wait_for(300);
+  run_for(300);
   keep_picture("screen_mode.png");
   finger::type(Qt::Key_R);
-  ASSERT_TRUE(wait_until([&] { return app->mRecordLabel->text() == "00:02"; }));
+  ASSERT_TRUE(run_until([&] { return app->mRecordLabel->text() == "00:02"; }));
   finger::type(Qt::Key_R);
   const film::Film film = film::play(app->mSettings.lastVideoPath);
   EXPECT_EQ(film.error, "");
@@ -406,7 +362,7 @@ TEST_F(EndToEnd, XvfbsScreenIsFilmedUnedited) {
   EXPECT_FALSE(red({window.center().x(), window.y() + window.height() / 5}));
 
   tap_control("screenrecord_img");
-  EXPECT_TRUE(wait_until([&] { return app->mCameraUnit == CAMERA_UNIT_REAR && app->mViewfinderWindow->isBound(); }));
+  EXPECT_TRUE(run_until([&] { return app->mCameraUnit == CAMERA_UNIT_REAR && app->mViewfinderWindow->isBound(); }));
   EXPECT_FALSE(_screen_recording);
   EXPECT_EQ(_cur_camera_filter, 5);
 }
