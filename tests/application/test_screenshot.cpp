@@ -11,6 +11,7 @@
 #include <QMetaProperty>
 #include <QQmlComponent>
 #include <QRegularExpression>
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -151,7 +152,12 @@ class ScreenshotAction : public AppTest {
 TEST_F(ScreenshotAction, SavesTheWindowWithoutTheControls) {
   start();
   ASSERT_TRUE(QDir().mkpath(QString::fromStdString(sandbox.file("shared/camera"))));
-  app->handleScreenShotAction();
+  const auto items = app->findChildren<bb::cascades::ActionItem*>(Qt::FindDirectChildrenOnly);
+  const auto item =
+      std::find_if(items.begin(), items.end(), [](const auto* any) { return any->title() == "ScreenShot"; });
+  ASSERT_NE(item, items.end());
+  EXPECT_EQ((*item)->imageSource(), QUrl("asset:///images/icon_camera.png"));
+  Q_EMIT(*item)->triggered();
   for (const QQuickItem* control : controls()) EXPECT_FALSE(control->isVisible());
   wait_for(300);
   EXPECT_EQ(files(), QStringList()) << "not before the window is drawn anew";

@@ -8,4 +8,4 @@
 handset::Frame quadrants(int width, int height, const QColor (&colours)[4]);
 
 /// The colour that a quadrant has after it went through NV12.
-inline constexpr int colour_tolerance = 4;
+inline constexpr int colour_tolerance = 2;
