@@ -1,7 +1,7 @@
 #!/bin/bash
 # A Wayland desktop's screen, shared through its portal: filmed whole, no longer shared while filming, refused, not
 # answered, and no portal at all.
-# Usage: screen_cast.sh MORVANE_RECORD FAKE_PORTAL
+# Usage: screen_cast.sh MORVANE_RECORD FAKE_DESKTOP
 record=$1
 portal=$2
 . "$(dirname "$0")/pipewire_session.sh"

@@ -1,5 +1,6 @@
-// A desktop's ScreenCast portal without a desktop: shares a given PipeWire node, refuses, or never answers.
-// Usage: fake_portal share NODE [SECONDS] | refuse | ignore
+// What a desktop offers on the session bus, without a desktop: a ScreenCast portal, which shares a given PipeWire node,
+// refuses, or never answers, and a screen saver.
+// Usage: fake_desktop share NODE [SECONDS] | refuse | ignore
 // Says on its standard output what it is asked for; ends the sharing after SECONDS.
 
 #include <gio/gio.h>
@@ -31,6 +32,11 @@ constexpr char interfaces[] = R"(<node>
     <property name="AvailableCursorModes" type="u" access="read"/>
   </interface>
   <interface name="org.freedesktop.portal.Session"><method name="Close"/><signal name="Closed"/></interface>
+  <interface name="org.freedesktop.ScreenSaver">
+    <method name="Inhibit"><arg type="s" direction="in"/><arg type="s" direction="in"/>
+      <arg type="u" direction="out"/></method>
+    <method name="UnInhibit"><arg type="u" direction="in"/></method>
+  </interface>
 </node>)";
 
 struct Portal {
@@ -129,6 +135,22 @@ void on_call(GDBusConnection*, const gchar* sender, const gchar*, const gchar*, 
   g_variant_unref(options);
 }
 
+void on_saver_call(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar* method,
+                   GVariant* arguments, GDBusMethodInvocation* invocation, gpointer) {
+  constexpr std::uint32_t cookie = 7;
+  if (std::strcmp(method, "Inhibit") == 0) {
+    const gchar *who = "", *why = "";
+    g_variant_get(arguments, "(&s&s)", &who, &why);
+    say(std::string("kept awake by ") + who + ": " + why);
+    g_dbus_method_invocation_return_value(invocation, g_variant_new("(u)", cookie));
+  } else {
+    std::uint32_t given = 0;
+    g_variant_get(arguments, "(u)", &given);
+    say(given == cookie ? "may sleep" : "a cookie that nobody has");
+    g_dbus_method_invocation_return_value(invocation, nullptr);
+  }
+}
+
 GVariant* on_get(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GError**, gpointer) {
   // Sources: monitors, windows. Cursors: hidden, drawn.
   return g_variant_new_uint32(3);
@@ -148,6 +170,12 @@ int main(int argc, char** argv) {
   if (portal.info == nullptr || portal.bus == nullptr) return 1;
   g_dbus_connection_register_object(portal.bus, portal_path, portal.info->interfaces[0], &portal.table, nullptr,
                                     nullptr, nullptr);
+  GDBusInterfaceVTable saver{};
+  saver.method_call = on_saver_call;
+  g_dbus_connection_register_object(portal.bus, "/org/freedesktop/ScreenSaver", portal.info->interfaces[2], &saver,
+                                    nullptr, nullptr, nullptr);
+  g_bus_own_name_on_connection(portal.bus, "org.freedesktop.ScreenSaver", G_BUS_NAME_OWNER_FLAGS_REPLACE, nullptr,
+                               nullptr, nullptr, nullptr);
   g_bus_own_name_on_connection(
       portal.bus, "org.freedesktop.portal.Desktop", G_BUS_NAME_OWNER_FLAGS_REPLACE,
       [](GDBusConnection*, const gchar*, gpointer) { say("ready"); }, nullptr, nullptr, nullptr);
