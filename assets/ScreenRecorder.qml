@@ -18,6 +18,7 @@ Container {
         active = true;
         awaited = true;
         visible = true;
+        patience.stop();
         refusal.stop();
     }
 
@@ -31,6 +32,7 @@ Container {
         active = false;
         awaited = false;
         visible = false;
+        patience.stop();
     }
 
     // A camera that starts after the screen's is a lens again.

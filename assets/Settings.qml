@@ -70,6 +70,13 @@ NavigationPane {
             recorder.opened();
         }
 
+        // The camera comes back with the end of the film, and not before.
+        function play() {
+            if (recorder.awaited)
+                recorder.end();
+            _mainApp.playVideo();
+        }
+
         function leaveScreenMode() {
             if (status.recording)
                 _mainApp.onStartStopRecording();
@@ -117,7 +124,7 @@ NavigationPane {
                 recording: status.recording
                 onRecordClicked: page.toggleRecording()
                 onMenuClicked: page.openMenu()
-                onPlayClicked: _mainApp.playVideo()
+                onPlayClicked: page.play()
             }
 
             StatusBar {

@@ -111,13 +111,18 @@ bool start_lens(tarnelApp* app, camera_unit_t unit) {
 }  // namespace
 
 int tarnelApp::createViewfinder(camera_unit_t unit, const QString& group, const QString& id) {
-  if (mCameraHandle != CAMERA_HANDLE_INVALID) {
+  // Opening the desktop may ask its user first, and timers go on meanwhile.
+  static bool opening = false;
+  if (mCameraHandle != CAMERA_HANDLE_INVALID || opening) {
     qDebug().noquote() << "camera already running";
     return EBUSY;
   }
   mCameraUnit = unit;
   camera_handle_t handle = CAMERA_HANDLE_INVALID;
-  if (camera_open(unit, CAMERA_MODE_ALL, &handle) != CAMERA_EOK) {
+  opening = true;
+  const int refused = camera_open(unit, CAMERA_MODE_ALL, &handle);
+  opening = false;
+  if (refused != CAMERA_EOK) {
     qDebug().noquote() << "could not open camera";
     return EIO;
   }

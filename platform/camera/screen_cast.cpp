@@ -134,8 +134,9 @@ class ScreenCast::Session {
       connection_.reset(
           g_dbus_connection_new_for_address_sync(address.get(), flags, nullptr, cancellable_.get(), &error));
     }
-    if (connection_) return {};
-    return "no session bus: " + reason_of(error);
+    if (!connection_) return "no session bus: " + reason_of(error);
+    watch_portal();
+    return {};
   }
 
   std::string create() {
@@ -207,6 +208,7 @@ class ScreenCast::Session {
 
   void end_session() {
     if (!connection_) return;
+    g_dbus_connection_signal_unsubscribe(connection_.get(), watch_);
     if (closed_ != 0) g_dbus_connection_signal_unsubscribe(connection_.get(), closed_);
     if (session_.empty() || ended_) return;
     g_dbus_connection_call(connection_.get(), portal_name, session_.c_str(), session_interface, "Close", nullptr,
@@ -229,7 +231,10 @@ class ScreenCast::Session {
     if (why.empty()) {
       wait_for(response, limit);
       if (!response.come) {
-        why = stop_ ? "the program ends" : ended_ ? "the desktop has ended the session" : "nobody has answered";
+        why = stop_           ? "the program ends"
+              : ended_        ? "the desktop has ended the session"
+              : !is_asking()  ? "the desktop's portal has ended"
+                              : "nobody has answered";
       } else if (response.code != 0) {
         why = response.code == 1 ? "sharing it was refused" : "the desktop cannot share it";
       }
@@ -239,12 +244,29 @@ class ScreenCast::Session {
     return why;
   }
 
+  /// A portal that ends while it is asked answers no more.
+  void watch_portal() {
+    const auto notice = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
+                           GVariant* arguments, gpointer self) {
+      const gchar* owner = nullptr;
+      g_variant_get(arguments, "(&s&s&s)", nullptr, nullptr, &owner);
+      if (*owner == '\0') static_cast<Session*>(self)->portal_gone_ = true;
+    };
+    watch_ = g_dbus_connection_signal_subscribe(connection_.get(), "org.freedesktop.DBus", "org.freedesktop.DBus",
+                                                "NameOwnerChanged", "/org/freedesktop/DBus", portal_name,
+                                                G_DBUS_SIGNAL_FLAGS_NONE, notice, this, nullptr);
+  }
+
+  bool is_asking() const {
+    return !stop_ && !ended_ && !portal_gone_ && !g_dbus_connection_is_closed(connection_.get());
+  }
+
   void wait_for(const Response& response, milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
     GSource* alarm = g_timeout_source_new(static_cast<guint>(limit.count()));
     g_source_set_callback(alarm, [](gpointer) -> gboolean { return G_SOURCE_REMOVE; }, nullptr, nullptr);
     g_source_attach(alarm, context_);
-    while (!response.come && !stop_ && !ended_ && std::chrono::steady_clock::now() < end)
+    while (!response.come && is_asking() && std::chrono::steady_clock::now() < end)
       g_main_context_iteration(context_, TRUE);
     g_source_destroy(alarm);
     g_source_unref(alarm);
@@ -277,7 +299,9 @@ class ScreenCast::Session {
   GMainContext* const context_ = g_main_context_new();
   const GObjectPtr<GCancellable> cancellable_{g_cancellable_new()};
   GObjectPtr<GDBusConnection> connection_;
+  guint watch_ = 0;
   guint closed_ = 0;
+  bool portal_gone_ = false;
   std::string session_;  ///< object path; empty: none
   std::string error_;
   int remote_ = -1;

@@ -261,11 +261,12 @@ ElementPtr make_source_element(const Source& source, camera_res_t size, int fram
     case Source::Kind::device:
       return make_device_element(source.camera, size, error);
     case Source::Kind::cast:
-      // A still screen brings no pictures: its last one is repeated, so that a film ends where its recording does.
+      // Screens have no rate: they bring a picture when something has changed, up to as often as they are drawn. The
+      // last one is repeated, so that a film of a still screen ends where its recording does.
       return parse_bin("pipewiresrc fd=" + std::to_string(source.cast->remote()) + " path=" +
                            std::to_string(source.cast->node()) +
                            " do-timestamp=true keepalive-time=100 ! capsfilter caps=video/x-raw"
-                           " ! videorate drop-only=true max-rate=" + std::to_string(frame_rate),
+                           " ! videorate ! capsfilter caps=video/x-raw," + rate,
                        error);
     case Source::Kind::x11:
       return parse_bin("ximagesrc use-damage=false ! capsfilter caps=video/x-raw," + rate, error);

@@ -38,16 +38,35 @@ QSize display_size() {
                                  OrientationSupport::instance()->displayDirection());
 }
 
+/// Keeps a window from what its user does, but for closing it.
+class InputStop : public QObject {
+ public:
+  explicit InputStop(QObject* window) : window_(window) { window->installEventFilter(this); }
+  void lift() { window_->removeEventFilter(this); }
+
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override { return event->isInputEvent(); }
+
+ private:
+  QObject* const window_;
+};
+
 /// The window stays drawn and takes no input, while the user is busy elsewhere.
 void wait_drawn(const std::function<bool()>& done) {
   if (done()) return;
+  InputStop stop(the_application->desktopWindow());
   QEventLoop loop;
   QTimer turn;
   QObject::connect(&turn, &QTimer::timeout, &loop, [&] {
-    if (done()) loop.quit();
+    if (!done()) return;
+    // A dialog that a timer has opened meanwhile is to be answered first.
+    stop.lift();
+    loop.quit();
   });
   turn.start(std::chrono::milliseconds(10));
-  loop.exec(QEventLoop::ExcludeUserInputEvents);
+  loop.exec();
+  // The program was to end: a loop that has not begun yet has not heard of it.
+  if (!done()) QMetaObject::invokeMethod(the_application, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
 }  // namespace

@@ -16,6 +16,8 @@ namespace handset {
 namespace {
 
 constexpr int patience_ms = 3000;
+/// One that has closed its socket completes its film, which has fifteen seconds for that.
+constexpr int end_patience_ms = 20000;
 constexpr char token_variable[] = "XDG_ACTIVATION_TOKEN";
 
 /// Beside other programs' sockets, or in the temporary folder where the user has no folder for them.
@@ -27,13 +29,14 @@ QString base_name(const QString& sandbox) {
 }
 
 /// Gives the running process what the desktop gave to this one for coming to the front.
-/// @return it has answered
-bool ask_to_come_forward(const QString& name) {
+enum class Answer { given, silence, nobody_there };
+Answer ask_to_come_forward(const QString& name) {
   QLocalSocket socket;
   socket.connectToServer(name);
-  if (!socket.waitForConnected(patience_ms)) return false;
+  if (!socket.waitForConnected(patience_ms)) return Answer::nobody_there;
   socket.write(qgetenv(token_variable) + '\n');
-  return socket.waitForBytesWritten(patience_ms) && socket.waitForReadyRead(patience_ms);
+  const bool answered = socket.waitForBytesWritten(patience_ms) && socket.waitForReadyRead(patience_ms);
+  return answered ? Answer::given : Answer::silence;
 }
 
 }  // namespace
@@ -43,9 +46,9 @@ SingleInstance::SingleInstance(const QString& sandbox, QObject* parent) : QObjec
   lock_ = std::make_unique<QLockFile>(base + QStringLiteral(".lock"));
   lock_->setStaleLockTime(0);
   const QString socket = base + QStringLiteral(".socket");
-  QDeadlineTimer deadline(patience_ms);
+  const QDeadlineTimer silence(patience_ms), end(end_patience_ms);
   // The one with the lock may not listen yet, or may end just now.
-  do {
+  for (Answer answer = Answer::nobody_there; !(answer == Answer::silence ? silence : end).hasExpired();) {
     if (lock_->tryLock(0)) {
       first_ = true;
       take_place(socket);
@@ -56,9 +59,10 @@ SingleInstance::SingleInstance(const QString& sandbox, QObject* parent) : QObjec
       first_ = true;
       return;
     }
-    if (ask_to_come_forward(socket)) return;
+    answer = ask_to_come_forward(socket);
+    if (answer == Answer::given) return;
     QThread::msleep(50);
-  } while (!deadline.hasExpired());
+  }
   std::fputs("Morvane runs already, but does not answer\n", stderr);
 }
 

@@ -14,7 +14,8 @@ class SingleInstance : public QObject {
   Q_OBJECT
 
  public:
-  /// Decides at once, or after at most three seconds where another process holds the place and does not answer.
+  /// Decides at once, or after some three seconds where another process holds the place and does not answer; waits for
+  /// one that is about to end, twenty seconds at the most.
   /// @param sandbox  the sandbox's path
   explicit SingleInstance(const QString& sandbox, QObject* parent = nullptr);
   ~SingleInstance() override;

@@ -12,5 +12,11 @@ for _ in $(seq 100); do [ -s "$log" ] && break || sleep 0.1; done
 export DISPLAY=":$(cat "$log")" QT_QPA_PLATFORM=xcb DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent
 gst-launch-1.0 -q videotestsrc pattern=red ! video/x-raw,width=1280,height=900,framerate=5/1 ! ximagesink &
 jobs+=($!)
-sleep 2
+is_red() {
+  read -r r g b <<<"$(ffmpeg -v error -f x11grab -video_size 2x2 -i "$DISPLAY+1270,890" -frames:v 1 -f rawvideo -pix_fmt rgb24 - |
+    od -An -tu1 -N3)"
+  [ "${r:-0}" -gt 200 ] && [ "${g:-255}" -lt 50 ]
+}
+for _ in $(seq 50); do is_red && break || sleep 0.2; done
+is_red || { echo "FAILED: the display does not turn red"; exit 1; }
 GTEST_FILTER='*Xvfb*' "$1"

@@ -327,6 +327,39 @@ TEST_F(EndToEnd, AScreenThatCannotBeFilmedGivesTheCameraBack) {
   EXPECT_TRUE(run_until([&] { return !recorder->isVisible(); }));
 }
 
+/// With a portal whose user takes his time, and ends the sharing some seconds later.
+TEST_F(EndToEnd, APortalIsWaitedForByAWindowThatLives) {
+  setenv("WAYLAND_DISPLAY", "of-nobody", 1);
+  tap_control("moreButton");
+  int turns = 0;
+  QTimer turn;
+  QObject::connect(&turn, &QTimer::timeout, [&] {
+    if (app->mCameraHandle != CAMERA_HANDLE_INVALID) return;
+    ++turns;
+    EXPECT_FALSE(Application::instance()->readDisplay().isNull());
+    finger::type(Qt::Key_F1);
+    app->restartCamera();  // as a timer might
+  });
+  turn.start(200);
+  tap_button("Record the screen");
+  turn.stop();
+  unsetenv("WAYLAND_DISPLAY");
+  EXPECT_GE(turns, 3);
+  EXPECT_EQ(app->mHelpPage, nullptr) << "the window takes input while somebody else is asked";
+  ASSERT_TRUE(_screen_recording);
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
+  finger::type(Qt::Key_R);
+  ASSERT_NE(app->mVideoFd, -1);
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->notice() == "camera disconnected"; }));
+  tap_control("screenrecord_img");
+  EXPECT_EQ(app->mVideoFd, -1);
+  const film::Film film = film::play(app->mSettings.lastVideoPath);
+  EXPECT_EQ(film.error, "");
+  ASSERT_GT(film.pictures.size(), 30U);
+  EXPECT_GT(film.pictures.back().v(film.pictures.back().width / 2, 100), 200) << "it is not red";
+  EXPECT_TRUE(run_until([&] { return app->mCameraUnit == CAMERA_UNIT_REAR && app->mViewfinderWindow->isBound(); }));
+}
+
 /// With a display that is red but for the window.
 TEST_F(EndToEnd, XvfbsScreenIsFilmedUnedited) {
   ASSERT_TRUE(Surroundings::on_display()) << "screen_recording.sh gives it a display";

@@ -5,15 +5,28 @@ set -u
 if [ -z "${PIPEWIRE_TEST_SESSION:-}" ]; then
   dir=$(mktemp -d)
   mkdir -m 700 "$dir/run"
+  # A bus that starts nothing by itself: what this computer has installed plays no part.
+  cat >"$dir/bus.conf" <<'CONF'
+<busconfig>
+  <type>session</type>
+  <listen>unix:tmpdir=/tmp</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+CONF
   env -u DISPLAY -u WAYLAND_DISPLAY PIPEWIRE_TEST_SESSION="$dir" XDG_RUNTIME_DIR="$dir/run" HOME="$dir" \
-    XDG_CONFIG_HOME="$dir/config" XDG_DATA_HOME="$dir/data" dbus-run-session -- "$0" "$@"
+    XDG_CONFIG_HOME="$dir/config" XDG_DATA_HOME="$dir/data" dbus-run-session --config-file="$dir/bus.conf" -- "$0" "$@"
   status=$?
   rm -rf "$dir"
   exit $status
 fi
 dir=$PIPEWIRE_TEST_SESSION
 jobs=()
-trap 'kill "${jobs[@]}" 2>/dev/null; wait 2>/dev/null' EXIT
+trap 'kill -CONT "${jobs[@]}" 2>/dev/null; kill "${jobs[@]}" 2>/dev/null; wait 2>/dev/null' EXIT
 
 fail() {
   echo "FAILED: $*"
@@ -29,10 +42,10 @@ soon() {
 
 has_node() { pw-cli ls Node 2>/dev/null | grep -q "\"$1\""; }
 
-# start_pictures NODE CAPS PROPERTIES: red pictures, offered under a name. $pictures is the process.
+# start_pictures NODE CAPS PROPERTIES [ELEMENT]: red pictures, offered under a name. $pictures is the process.
 # A fresh one for each client: pipewiresink serves its first only, later ones starve.
 start_pictures() {
-  gst-launch-1.0 -q videotestsrc is-live=true pattern=red ! "video/x-raw,$2" \
+  gst-launch-1.0 -q videotestsrc is-live=true pattern=red ! "video/x-raw,$2" ! ${4:-identity} \
     ! pipewiresink mode=provide stream-properties="p,node.name=$1,$3" >"$dir/$1.log" 2>&1 &
   pictures=$!
   jobs+=("$pictures")

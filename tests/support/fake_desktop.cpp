@@ -1,7 +1,8 @@
 // What a desktop offers on the session bus, without a desktop: a ScreenCast portal, which shares a given PipeWire node,
 // refuses, or never answers, and a screen saver.
-// Usage: fake_desktop share NODE [SECONDS] | refuse | ignore
-// Says on its standard output what it is asked for; ends the sharing after SECONDS.
+// Usage: fake_desktop share NODE [SECONDS [DELAY]] | refuse | ignore
+// Says on its standard output what it is asked for. Its user takes DELAY milliseconds to answer, and ends the sharing
+// after SECONDS, 0 for never.
 
 #include <gio/gio.h>
 #include <gio/gunixfdlist.h>
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace {
@@ -43,6 +45,7 @@ struct Portal {
   std::string answer;
   std::uint32_t node = 0;
   guint seconds = 0;
+  guint delay = 0;
   GDBusConnection* bus = nullptr;
   GDBusNodeInfo* info = nullptr;
   GDBusInterfaceVTable table{};
@@ -63,9 +66,25 @@ std::string path_of(const char* kind, const gchar* sender, GVariant* options, co
   return std::string(portal_path) + "/" + kind + "/" + name + "/" + token;
 }
 
-void respond(const std::string& request, std::uint32_t code, GVariantBuilder* results) {
-  g_dbus_connection_emit_signal(portal.bus, nullptr, request.c_str(), "org.freedesktop.portal.Request", "Response",
-                                g_variant_new("(ua{sv})", code, results), nullptr);
+struct Response {
+  std::string request;
+  GVariant* arguments;
+};
+
+gboolean send(gpointer data) {
+  const std::unique_ptr<Response> response(static_cast<Response*>(data));
+  g_dbus_connection_emit_signal(portal.bus, nullptr, response->request.c_str(), "org.freedesktop.portal.Request",
+                                "Response", response->arguments, nullptr);
+  return G_SOURCE_REMOVE;
+}
+
+void respond(const std::string& request, guint delay, std::uint32_t code, GVariantBuilder* results) {
+  auto* const response = new Response{request, g_variant_new("(ua{sv})", code, results)};
+  if (delay == 0) {
+    send(response);
+  } else {
+    g_timeout_add(delay, send, response);
+  }
 }
 
 gboolean end_session(gpointer) {
@@ -129,7 +148,7 @@ void on_call(GDBusConnection*, const gchar* sender, const gchar*, const gchar*, 
     if (code != 0 && portal.answer == "ignore") {
       g_variant_builder_clear(&results);
     } else {
-      respond(request, code, &results);
+      respond(request, std::strcmp(method, "Start") == 0 ? portal.delay : 0, code, &results);
     }
   }
   g_variant_unref(options);
@@ -163,6 +182,7 @@ int main(int argc, char** argv) {
   portal.answer = argv[1];
   if (argc > 2) portal.node = static_cast<std::uint32_t>(std::atoi(argv[2]));
   if (argc > 3) portal.seconds = static_cast<guint>(std::atoi(argv[3]));
+  if (argc > 4) portal.delay = static_cast<guint>(std::atoi(argv[4]));
   portal.table.method_call = on_call;
   portal.table.get_property = on_get;
   portal.info = g_dbus_node_info_new_for_xml(interfaces, nullptr);
