@@ -223,18 +223,18 @@ class ScreenCast::Session {
     std::replace(sender.begin(), sender.end(), '.', '_');
     const std::string path = std::string(portal_path) + "/request/" + sender + "/" + token;
     Response response;
-    const guint subscription = g_dbus_connection_signal_subscribe(
-        connection_.get(), portal_name, request_interface, "Response", path.c_str(), nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-        take_response, &response, nullptr);
+    const guint subscription =
+        g_dbus_connection_signal_subscribe(connection_.get(), portal_name, request_interface, "Response", path.c_str(),
+                                           nullptr, G_DBUS_SIGNAL_FLAGS_NONE, take_response, &response, nullptr);
     VariantPtr handle;
     std::string why = call(cast_interface, method, arguments, "(o)", &handle, nullptr);
     if (why.empty()) {
       wait_for(response, limit);
       if (!response.come) {
-        why = stop_           ? "the program ends"
-              : ended_        ? "the desktop has ended the session"
-              : !is_asking()  ? "the desktop's portal has ended"
-                              : "nobody has answered";
+        why = stop_          ? "the program ends"
+              : ended_       ? "the desktop has ended the session"
+              : !is_asking() ? "the desktop's portal has ended"
+                             : "nobody has answered";
       } else if (response.code != 0) {
         why = response.code == 1 ? "sharing it was refused" : "the desktop cannot share it";
       }
@@ -264,7 +264,8 @@ class ScreenCast::Session {
   void wait_for(const Response& response, milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
     GSource* alarm = g_timeout_source_new(static_cast<guint>(limit.count()));
-    g_source_set_callback(alarm, [](gpointer) -> gboolean { return G_SOURCE_REMOVE; }, nullptr, nullptr);
+    g_source_set_callback(
+        alarm, [](gpointer) -> gboolean { return G_SOURCE_REMOVE; }, nullptr, nullptr);
     g_source_attach(alarm, context_);
     while (!response.come && is_asking() && std::chrono::steady_clock::now() < end)
       g_main_context_iteration(context_, TRUE);
@@ -275,9 +276,8 @@ class ScreenCast::Session {
   std::string call(const char* interface, const char* method, GVariant* arguments, const char* reply_type,
                    VariantPtr* reply, GUnixFDList** descriptors) {
     GError* error = nullptr;
-    const char* path = portal_path;
     reply->reset(g_dbus_connection_call_with_unix_fd_list_sync(
-        connection_.get(), portal_name, path, interface, method, arguments, G_VARIANT_TYPE(reply_type),
+        connection_.get(), portal_name, portal_path, interface, method, arguments, G_VARIANT_TYPE(reply_type),
         G_DBUS_CALL_FLAGS_NONE, static_cast<gint>(portal_limit.count()), nullptr, descriptors, cancellable_.get(),
         &error));
     return *reply ? "" : reason_of(error);

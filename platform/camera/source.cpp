@@ -239,7 +239,8 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
     return 0;
   }
   if (text != "auto") {
-    return complain(EINVAL, "unknown camera source \"" + text + "\" (auto, scene, desktop, clip:FILE or gst:DESCRIPTION)");
+    return complain(EINVAL,
+                    "unknown camera source \"" + text + "\" (auto, scene, desktop, clip:FILE or gst:DESCRIPTION)");
   }
   return resolve_found_camera(config, unit, source);
 }
@@ -263,10 +264,11 @@ ElementPtr make_source_element(const Source& source, camera_res_t size, int fram
     case Source::Kind::cast:
       // Screens have no rate: they bring a picture when something has changed, up to as often as they are drawn. The
       // last one is repeated, so that a film of a still screen ends where its recording does.
-      return parse_bin("pipewiresrc fd=" + std::to_string(source.cast->remote()) + " path=" +
-                           std::to_string(source.cast->node()) +
+      return parse_bin("pipewiresrc fd=" + std::to_string(source.cast->remote()) +
+                           " path=" + std::to_string(source.cast->node()) +
                            " do-timestamp=true keepalive-time=100 ! capsfilter caps=video/x-raw"
-                           " ! videorate ! capsfilter caps=video/x-raw," + rate,
+                           " ! videorate ! capsfilter caps=video/x-raw," +
+                           rate,
                        error);
     case Source::Kind::x11:
       return parse_bin("ximagesrc use-damage=false ! capsfilter caps=video/x-raw," + rate, error);

@@ -15,11 +15,11 @@ namespace handset {
 struct Source {
   enum class Kind { scene, clip, custom, device, x11, cast };
   Kind kind = Kind::scene;
-  std::string argument;             ///< clip: absolute path; custom: bin description
-  FoundCamera camera;               ///< device
-  std::vector<camera_res_t> sizes;  ///< what the unit lists; a clip's own size is first
+  std::string argument;              ///< clip: absolute path; custom: bin description
+  FoundCamera camera;                ///< device
+  std::vector<camera_res_t> sizes;   ///< what the unit lists; a clip's own size is first
   std::shared_ptr<ScreenCast> cast;  ///< cast: the shared screen
-  bool stands_in = false;           ///< a scene because no camera was found
+  bool stands_in = false;            ///< a scene because no camera was found
 
   bool is_clip() const { return kind == Kind::clip; }
   /// Shown whole: what lies at the edges of a screen matters as much as its middle.

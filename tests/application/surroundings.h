@@ -10,8 +10,8 @@
 #include "platform/cascades/application.h"
 #include "tests/support/temp_dir.h"
 
-/// Lives from before the first test until after the last one: what Qt reads from the environment it reads once. Owned by
-/// GoogleTest.
+/// Lives from before the first test until after the last one: what Qt reads from the environment it reads once. Owned
+/// by GoogleTest.
 class Surroundings : public testing::Environment {
  public:
   /// A home folder and XDG folders in it, a window that nobody sees and the CPU draws, then the application. A test

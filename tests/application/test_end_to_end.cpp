@@ -379,8 +379,7 @@ TEST_F(EndToEnd, XvfbsScreenIsFilmedUnedited) {
   // The whole screen is in the picture, as large as it gets.
   const QSize screen = QGuiApplication::primaryScreen()->size();
   const film::Picture& picture = film.pictures.back();
-  const double scale =
-      std::min(picture.width / double(screen.width()), picture.height / double(screen.height()));
+  const double scale = std::min(picture.width / double(screen.width()), picture.height / double(screen.height()));
   const auto red = [&](QPoint point) {
     const auto on_picture = [&](int place, int whole, int size) {
       return static_cast<int>((size - whole * scale) / 2 + place * scale);

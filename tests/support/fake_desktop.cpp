@@ -154,8 +154,8 @@ void on_call(GDBusConnection*, const gchar* sender, const gchar*, const gchar*, 
   g_variant_unref(options);
 }
 
-void on_saver_call(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar* method,
-                   GVariant* arguments, GDBusMethodInvocation* invocation, gpointer) {
+void on_saver_call(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar* method, GVariant* arguments,
+                   GDBusMethodInvocation* invocation, gpointer) {
   constexpr std::uint32_t cookie = 7;
   if (std::strcmp(method, "Inhibit") == 0) {
     const gchar *who = "", *why = "";
