@@ -8,6 +8,7 @@
 #include "camera/resolution.h"
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
+#include "engine/overlay.h"
 
 using namespace bb::cascades;
 
@@ -102,9 +103,9 @@ bool start_lens(tarnelApp* app, camera_unit_t unit) {
   const ForeignWindowControl& window = *app->mViewfinderWindow;
   if (app->createViewfinder(unit, window.windowGroup(), window.windowId()) != 0) return false;
   qDebug().noquote() << "created viewfinder";
-  // The stamp was placed for the frames of the camera before. Without a glyph sheet there has been none: the first one
-  // is drawn when the sheet has been loaded.
-  if (time_format(app->mSettings) > 0 && !app->mDatetimeImage.isNull()) app->generate_datetime();
+  // The stamp was placed for the frames of the camera before. Before the first one there is none, nor its glyph sheet.
+  const bool drawn_before = datetime_image.enabled || !app->mDatetimeImage.isNull();
+  if (time_format(app->mSettings) > 0 && drawn_before) app->generate_datetime();
   return true;
 }
 

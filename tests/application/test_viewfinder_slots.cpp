@@ -295,6 +295,9 @@ TEST_F(ViewfinderSlots, TheStampFollowsTheFrames) {
   EXPECT_EQ(datetime_image.x + datetime_image.width, 1280);
   app->handleSwitchCameraAction();
   EXPECT_EQ(datetime_image.x + datetime_image.width, 640);
+  app->mDatetimeImage = QImage();  // whose sheet was missing has a plate
+  app->handleSwitchCameraAction();
+  EXPECT_EQ(datetime_image.x + datetime_image.width, 1280);
 }
 
 TEST_F(ViewfinderSlots, ChoosingStabilization) {
