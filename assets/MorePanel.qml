@@ -17,6 +17,7 @@ FocusScope {
     signal helpClicked()
 
     function open() {
+        last.active = true;
         visible = true;
         first.forceActiveFocus(Qt.OtherFocusReason);
     }
@@ -32,8 +33,12 @@ FocusScope {
         rows[(at + by + rows.length) % rows.length].forceActiveFocus(Qt.TabFocusReason);
     }
 
-    LastPicture {
+    // Looks for pictures once somebody may want one.
+    Loader {
         id: last
+        readonly property string path: item ? item.path : ""
+        active: false
+        sourceComponent: Component { LastPicture {} }
     }
 
     visible: false

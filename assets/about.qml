@@ -29,8 +29,8 @@ Page {
                     + "other camera. A touch beside the menu closes it. Size and camera stay as they are during a "
                     + "recording.")],
                 [qsTr("The triangle"), qsTr("Plays the last film. The camera pauses meanwhile.")],
-                [qsTr("The three dots"), qsTr("Screenshot, the last screenshot, screen recording, private mode, invitation, settings and "
-                    + "this page.")],
+                [qsTr("The three dots"), qsTr("Screenshot, the last screenshot, screen recording, private mode, "
+                    + "invitation, settings and this page.")],
                 [qsTr("Two fingers, or Ctrl and the mouse wheel"), qsTr("Zoom.")],
                 [qsTr("The top edge"), qsTr("Pull it down for settings, help and private mode.")]
             ]

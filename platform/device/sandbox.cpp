@@ -44,6 +44,14 @@ int make_link(const std::string& target, const std::string& link) {
   return error ? report("link", link, error.value()) : 0;
 }
 
+/// Keeps a file of the user's home that libraries look for there where the environment does not name it.
+void keep_from_home(const char* variable, const char* name) {
+  const char* home = std::getenv("HOME");
+  if (home == nullptr || *home == '\0') return;
+  const std::string path = std::string(home) + '/' + name;
+  if (access(path.c_str(), R_OK) == 0) setenv(variable, path.c_str(), 0);
+}
+
 }  // namespace
 
 const UserDirs& user_dirs() {
@@ -81,18 +89,6 @@ int prepare_sandbox(const UserDirs& dirs, const std::string& package_dir, std::s
   if (const int error = make_link(package_dir, *root + "/app")) return error;
   return make_link(pictures, *root + "/shared/camera");
 }
-
-namespace {
-
-/// Keeps a file of the user's home that libraries look for there where the environment does not name it.
-void keep_from_home(const char* variable, const char* name) {
-  const char* home = std::getenv("HOME");
-  if (home == nullptr || *home == '\0') return;
-  const std::string path = std::string(home) + '/' + name;
-  if (access(path.c_str(), R_OK) == 0) setenv(variable, path.c_str(), 0);
-}
-
-}  // namespace
 
 int enter_sandbox(const std::string& package_dir) {
   const UserDirs& dirs = user_dirs();

@@ -6,13 +6,15 @@
 #include "engine/overlay_loader.h"
 #include "platform/cascades/assets.h"
 #include "tests/application/fake_camera_service.h"
-#include "tests/application/surroundings.h"
 #include "tests/engine/engine_state.h"
+#include "tests/support/surroundings.h"
 
 namespace fs = std::filesystem;
 using bb::cascades::Application;
 
 namespace {
+
+constexpr int patience_ms = 10000;
 
 // Owned by GoogleTest.
 [[maybe_unused]] testing::Environment* const surroundings = testing::AddGlobalTestEnvironment(new Surroundings);
@@ -73,7 +75,7 @@ std::string AppTest::errors_of(const std::function<void()>& action) {
 }
 
 bool AppTest::wait_until(const std::function<bool()>& condition) {
-  return run_until(condition);
+  return run_until(condition, patience_ms);
 }
 
 void AppTest::wait_for(int milliseconds) {

@@ -3,6 +3,7 @@
 # belongs to it.
 # Usage: program.sh MORVANE FAKE_DESKTOP
 set -u
+. "$(dirname "$0")/../support/soon.sh"
 program=$1
 desktop=$2
 [ -n "${PROGRAM_TEST_SESSION:-}" ] || PROGRAM_TEST_SESSION=1 exec dbus-run-session -- "$0" "$@"
@@ -18,10 +19,6 @@ fail() {
   echo "FAILED: $*"
   cat "$dir"/*.log
   exit 1
-}
-soon() {
-  for _ in $(seq 100); do "$@" && return || sleep 0.1; done
-  return 1
 }
 
 "$desktop" ignore >"$dir/desktop.log" 2>&1 &

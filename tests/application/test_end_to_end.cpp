@@ -19,8 +19,8 @@
 #include "platform/cascades/stage.h"
 #include "platform/device/sandbox.h"
 #include "tests/application/finger.h"
-#include "tests/application/surroundings.h"
 #include "tests/support/film.h"
+#include "tests/support/surroundings.h"
 #include "tests/support/temp_dir.h"
 
 namespace cascades = bb::cascades;

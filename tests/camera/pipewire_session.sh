@@ -1,6 +1,7 @@
 # A desktop session of a test's own: message bus, PipeWire, and pictures from nowhere. Sourced with the script's own
 # arguments: it starts the script again within the session, where $dir is a folder that goes with it.
 set -u
+. "$(dirname "$0")/../support/soon.sh"
 
 if [ -z "${PIPEWIRE_TEST_SESSION:-}" ]; then
   dir=$(mktemp -d)
@@ -32,12 +33,6 @@ fail() {
   echo "FAILED: $*"
   sed 's/^/  /' "$dir"/*.log
   exit 1
-}
-
-# Waits ten seconds for a command to succeed.
-soon() {
-  for _ in $(seq 100); do "$@" && return || sleep 0.1; done
-  return 1
 }
 
 has_node() { pw-cli ls Node 2>/dev/null | grep -q "\"$1\""; }

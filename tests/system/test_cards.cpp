@@ -194,7 +194,7 @@ TEST_F(Cards, EscClosesAndReportsOnce) {
   EXPECT_FALSE(kept->latest());
 }
 
-TEST_F(Cards, ASecondCardComesAfterTheFirstIsDone) {
+TEST_F(Cards, ASecondCardTakesTheFirstOnesPlace) {
   ASSERT_EQ(make_film(folder.file("film.mp4"), moving), "");
   ASSERT_NE(play(folder.file("film.mp4")), nullptr);
   ASSERT_TRUE(wait_frame());

@@ -1,16 +1,10 @@
-#include "tests/application/surroundings.h"
+#include "tests/support/surroundings.h"
 
 #include <unistd.h>
 
 #include <QElapsedTimer>
 #include <QTimer>
 #include <cstdlib>
-
-namespace {
-
-constexpr int patience_ms = 30000;
-
-}  // namespace
 
 bool Surroundings::on_display() {
   return qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("xcb");
@@ -32,7 +26,7 @@ void Surroundings::SetUp() {
   application_ = std::make_unique<bb::cascades::Application>(argc_, argv_);
 }
 
-bool run_until(const std::function<bool()>& condition) {
+bool run_until(const std::function<bool()>& condition, int patience_ms) {
   QElapsedTimer clock;
   clock.start();
   while (!condition()) {

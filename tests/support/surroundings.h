@@ -21,6 +21,8 @@ class Surroundings : public testing::Environment {
 
   static bool on_display();
 
+  const TempDir& home() const { return home_; }
+
  protected:
   /// What the application is to find. @param home  the home folder; XDG_CONFIG_HOME and its like are folders in it
   virtual void prepare(const TempDir& home) { static_cast<void>(home); }
@@ -33,7 +35,7 @@ class Surroundings : public testing::Environment {
   std::unique_ptr<bb::cascades::Application> application_;
 };
 
-/// Runs the event loop until the condition holds; false when it does not within half a minute.
-bool run_until(const std::function<bool()>& condition);
+/// Runs the event loop until the condition holds; false when it does not in time.
+bool run_until(const std::function<bool()>& condition, int patience_ms = 30000);
 /// Runs the event loop for a time.
 void run_for(int milliseconds);
