@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 namespace handset {
@@ -143,6 +144,14 @@ int write_compact(int from, const Box& type, const Box& index, const Box& media,
   return copy_box(from, media, to);
 }
 
+/// Makes what was renamed in a folder outlast a power cut. @return 0 or an errno value
+int sync_folder(const std::filesystem::path& folder) {
+  const File entry{open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+  if (entry.fd < 0) return errno;
+  // Some file systems cannot sync a folder, and say EINVAL: they have nothing to be flushed.
+  return fsync(entry.fd) == 0 || errno == EINVAL ? 0 : errno;
+}
+
 const Box* only_box(const std::vector<Box>& boxes, const char* type) {
   const auto matches = [type](const Box& box) { return box.is(type); };
   const auto found = std::find_if(boxes.begin(), boxes.end(), matches);
@@ -177,13 +186,19 @@ int compact_mp4(const std::string& path) {
   int error = 0;
   unlink(fresh.c_str());  // left by a process that was killed here
   {
-    const File target{open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, status.st_mode & 0777)};
+    File target{open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, status.st_mode & 0777)};
     if (target.fd < 0) return errno;
     error = write_compact(source.fd, *type, *index, *media, target.fd);
+    // The film that it replaces is on the disk already: the copy must be there before it takes the name.
+    if (error == 0 && fsync(target.fd) != 0) error = errno;
+    if (close(std::exchange(target.fd, -1)) != 0 && error == 0) error = errno;
   }
   if (error == 0 && rename(fresh.c_str(), path.c_str()) != 0) error = errno;
-  if (error != 0) unlink(fresh.c_str());
-  return error;
+  if (error != 0) {
+    unlink(fresh.c_str());
+    return error;
+  }
+  return sync_folder(whole.parent_path());
 }
 
 }  // namespace handset
