@@ -3,45 +3,60 @@
 #include <string>
 #include <vector>
 
-#include "platform/camera/camera.h"
+#include "platform/camera/camera_mode.h"
+#include "platform/camera/camera_trouble.h"
 #include "platform/camera/gst_ptr.h"
 
 namespace handset {
 
-/// A size that a camera delivers, and how.
-struct CameraMode {
-  camera_res_t size;
-  double raw_rate = 0;   ///< frames per second as raw video, 0: not offered
-  double jpeg_rate = 0;  ///< frames per second as MJPEG, 0: not offered
-
-  double rate() const { return raw_rate > jpeg_rate ? raw_rate : jpeg_rate; }
-  /// MJPEG where raw video of this size is slow.
-  bool use_jpeg() const { return jpeg_rate > 0 && (raw_rate < 24 && jpeg_rate > raw_rate); }
+/// In the order of preference.
+enum class CameraKind {
+  color,
+  simulated,  ///< a test driver's
+  infrared,   ///< for recognizing faces, or grey only
+  loopback,   ///< another program's pictures
 };
+
+/// Where a camera looks, as its name or its firmware says.
+enum class CameraLocation { unknown, front, rear };
 
 struct FoundCamera {
-  std::string identity;  ///< stays the same across restarts and ports' numbers
+  std::string identity;  ///< the same whoever shows the camera, across restarts and nodes' numbers; unique in a list
   std::string label;     ///< for people
-  ObjectPtr<GstDevice> device;
-  std::vector<CameraMode> modes;  ///< largest first, each at 10 frames per second or more
+  std::string node;      ///< "/dev/videoN", empty for cameras that have none
+  bool direct = false;   ///< the node can be opened by us
+  CameraKind kind = CameraKind::color;
+  CameraLocation location = CameraLocation::unknown;
+  ObjectPtr<GstDevice> device;          ///< PipeWire's or GStreamer's view of it; with a direct node a second way to it
+  std::vector<CameraMode> modes;        ///< of the node if that is direct, else of the device; largest first
+  std::vector<CameraMode> other_modes;  ///< of the device where the node is direct
+  CameraTrouble trouble = CameraTrouble::none;
+  std::string why;  ///< what explain() says of the trouble; empty: usable
+
+  bool usable() const { return trouble == CameraTrouble::none; }
 };
 
-/// Cameras that V4L2 and PipeWire offer now, in the order of their identities; one that both offer is
-/// listed once. Takes up to a second. Any thread.
+/// Cameras that are plugged in now, usable or not, each once, in the order of preference: by kind, then by identity.
+/// Asks the kernel first, then PipeWire; nothing is streamed. Takes up to `limit` for devices that do not answer.
+/// Any thread.
 std::vector<FoundCamera> find_cameras();
 
-/// Modes in a device's caps. Sizes that the caps give as ranges are offered at the usual sizes inside.
-std::vector<CameraMode> camera_modes(const GstCaps* caps);
-
-/// Which cameras are rear and front, as indices into `identities`; -1: none.
+/// Which cameras are rear and front, as indices into the list; -1: none.
 struct CameraRoles {
   int rear = -1;
   int front = -1;
 };
 
-/// Keeps remembered cameras in their role and gives free roles to others in order: the first is rear, the
-/// second front. With one camera both units open it.
-CameraRoles assign_roles(const std::vector<std::string>& identities, const std::string& remembered_rear,
+/// Keeps remembered cameras in their role and gives free roles to other usable ones: first to those that look that way,
+/// then in order, rear before front. With one camera both units open it. An infrared camera has a role only where there
+/// is no other.
+CameraRoles assign_roles(const std::vector<FoundCamera>& cameras, const std::string& remembered_rear,
                          const std::string& remembered_front);
+
+/// Finds a camera by label or identity, or by a part of one that no other camera has; letter case does not matter.
+/// @return its index, or -1 with one line in `complaint` that lists what there is; `error` is EINVAL where the name
+/// fits
+///         several cameras, ENODEV where it fits none
+int find_by_name(const std::vector<FoundCamera>& cameras, const std::string& name, std::string* complaint, int* error);
 
 }  // namespace handset

@@ -15,8 +15,9 @@ template <typename T>
 class ObjectPtr {
  public:
   ObjectPtr() = default;
+  ObjectPtr(const ObjectPtr& other) : ObjectPtr(share(other.object_)) {}
   ObjectPtr(ObjectPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  ObjectPtr& operator=(ObjectPtr&& other) noexcept {
+  ObjectPtr& operator=(ObjectPtr other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }

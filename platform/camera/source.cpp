@@ -123,16 +123,14 @@ int resolve_found_camera(const CameraServiceConfig& config, camera_unit_t unit, 
     source->stands_in = true;
     return 0;
   }
-  std::vector<std::string> identities;
-  for (const FoundCamera& camera : cameras) identities.push_back(camera.identity);
   const Memory memory = load_memory(config.memory_file);
-  const CameraRoles roles = assign_roles(identities, memory.rear, memory.front);
-  const auto identity = [&](int index) { return identities[static_cast<std::size_t>(index)]; };
+  const CameraRoles roles = assign_roles(cameras, memory.rear, memory.front);
+  const auto identity = [&](int index) { return cameras[static_cast<std::size_t>(index)].identity; };
   // Two different cameras are worth remembering; a lone one must not take both places for good.
   if (roles.rear != roles.front) save_memory(config.memory_file, {identity(roles.rear), identity(roles.front)});
   source->kind = Source::Kind::device;
   source->camera = std::move(cameras[static_cast<std::size_t>(unit == CAMERA_UNIT_FRONT ? roles.front : roles.rear)]);
-  for (const CameraMode& mode : source->camera.modes) source->sizes.push_back(mode.size);
+  source->sizes = list_sizes(source->camera.modes);
   return 0;
 }
 
@@ -154,13 +152,6 @@ int resolve_desktop(Source* source) {
   return 0;
 }
 
-const CameraMode* mode_for(const FoundCamera& camera, camera_res_t size) {
-  for (const CameraMode& mode : camera.modes) {
-    if (mode.size.width == size.width && mode.size.height == size.height) return &mode;
-  }
-  return camera.modes.empty() ? nullptr : &camera.modes.front();
-}
-
 /// Bin around a parsed description. @param open_ends  the bin gets the pads that are not linked in it
 ElementPtr parse_bin(const std::string& description, std::string* error, bool open_ends = true) {
   GError* problem = nullptr;
@@ -176,7 +167,7 @@ ElementPtr parse_bin(const std::string& description, std::string* error, bool op
 }
 
 ElementPtr make_device_element(const FoundCamera& camera, camera_res_t size, std::string* error) {
-  const CameraMode* mode = mode_for(camera, size);
+  const CameraMode* mode = choose_mode(camera.modes, size);
   GstElement* element = gst_device_create_element(camera.device.get(), "device");
   if (element == nullptr || mode == nullptr) {
     *error = "the camera is gone";
@@ -185,7 +176,7 @@ ElementPtr make_device_element(const FoundCamera& camera, camera_res_t size, std
   }
   // PipeWire hands out buffers without timestamps unless it is told to stamp them.
   g_object_set(element, "do-timestamp", TRUE, nullptr);
-  const bool jpeg = mode->use_jpeg();
+  const bool jpeg = choose_way(*mode).way->coding == CameraWay::Coding::jpeg;
   const std::string filter = std::string(jpeg ? "image/jpeg" : "video/x-raw") +
                              ",width=" + std::to_string(mode->size.width) +
                              ",height=" + std::to_string(mode->size.height);

@@ -20,6 +20,9 @@ struct Source {
   std::vector<camera_res_t> sizes;   ///< what the unit lists; a clip's own size is first
   std::shared_ptr<ScreenCast> cast;  ///< cast: the shared screen
   bool stands_in = false;            ///< a scene because no camera was found
+  std::string passed_over;           ///< why another camera than the unit's own is used, for the screen; mostly empty
+  CameraTrouble trouble = CameraTrouble::none;  ///< why a camera cannot be used: set where resolve_source() fails
+  std::string why;                              ///< the same in one sentence, for the screen
 
   bool is_clip() const { return kind == Kind::clip; }
   /// Shown whole: what lies at the edges of a screen matters as much as its middle.
@@ -34,7 +37,9 @@ struct Source {
 bool possible_size(unsigned width, unsigned height);
 
 /// Finds what is behind a unit. After a failure one line on the error stream says why.
-/// @return 0, EINVAL (text), ENOENT (clip missing), EIO (clip undecodable), ENODEV (no screen to film)
+/// @return 0, EINVAL (text, or several cameras of that name), ENOENT (clip missing), EIO (clip undecodable), ENODEV (no
+///         screen to film, no camera of that name); for a camera that cannot be used what error_of() says of its
+///         trouble: EACCES, EBUSY, EIO, ENOTSUP
 int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source* source);
 
 /// Builds the head of the capture pipeline: an element with one raw-video source pad that delivers

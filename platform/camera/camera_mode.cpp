@@ -1,0 +1,202 @@
+#include "platform/camera/camera_mode.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+
+namespace handset {
+namespace {
+
+/// Part of the wanted rate from which on nobody misses the rest.
+constexpr double enough = 0.8;
+/// Slower is not fluent. A little less than 24, for 24000/1001.
+constexpr double fluent_rate = 23.9;
+
+struct Rated {
+  ChosenWay choice;
+  double rate;
+};
+
+FrameRate nearest_rate(const CameraWay& way, double wanted) {
+  const auto off = [&](const FrameRate& rate) { return std::abs(rate.value() - wanted); };
+  FrameRate best;
+  for (const RateRange& range : way.rates) {
+    FrameRate rate = wanted < range.slowest.value() ? range.slowest : range.fastest;
+    if (wanted > range.slowest.value() && wanted < range.fastest.value()) {
+      rate = {static_cast<int>(std::lround(wanted)), 1};
+      if (rate.value() > range.fastest.value()) rate = range.fastest;
+      if (rate.value() < range.slowest.value()) rate = range.slowest;
+    }
+    // Of two that are as far off, 15 and 45 for 30, the faster one.
+    if (best.numerator == 0 || off(rate) < off(best) || (off(rate) == off(best) && rate.value() > best.value()))
+      best = rate;
+  }
+  return best;
+}
+
+/// The rates of a way that come into question: the nearest in each of the three classes of choose_way().
+std::vector<FrameRate> candidates(const CameraWay& way, double wanted) {
+  std::vector<FrameRate> rates = {nearest_rate(way, wanted)};
+  for (const RateRange& range : way.rates) {
+    for (const FrameRate& rate : {range.slowest, range.fastest}) rates.push_back(rate);
+  }
+  return rates;
+}
+
+/// 0: as wanted, 1: faster, 2: slower.
+int rate_class(double rate, double wanted) {
+  if (rate > wanted * 1.001) return 1;
+  return rate >= wanted * enough - 0.1 ? 0 : 2;
+}
+
+bool better(const Rated& a, const Rated& b, double wanted) {
+  const int class_a = rate_class(a.rate, wanted);
+  const int class_b = rate_class(b.rate, wanted);
+  if (class_a != class_b) return class_a < class_b;
+  const auto coding_a = a.choice.way->coding;
+  const auto coding_b = b.choice.way->coding;
+  if (class_a == 0 && coding_a != coding_b) return coding_a < coding_b;
+  const double off_a = std::abs(a.rate - wanted);
+  const double off_b = std::abs(b.rate - wanted);
+  if (off_a != off_b) return off_a < off_b;
+  return coding_a < coding_b;
+}
+
+double expected_rate(const CameraMode& mode) {
+  return choose_way(mode).expected();
+}
+
+std::int64_t area(const camera_res_t& size) {
+  return std::int64_t{size.width} * size.height;
+}
+
+bool same_size(const camera_res_t& a, const camera_res_t& b) {
+  return a.width == b.width && a.height == b.height;
+}
+
+/// Off 1280 x 720 (upright: 720 x 1280), in pixels on each side.
+struct Distance {
+  std::int64_t width, height;
+  std::int64_t square() const { return width * width + height * height; }
+};
+
+Distance distance(const camera_res_t& size, bool upright = false) {
+  return {std::abs(std::int64_t{size.width} - (upright ? 720 : 1280)),
+          std::abs(std::int64_t{size.height} - (upright ? 1280 : 720))};
+}
+
+/// Whether an application that walks the list would take `a` where it has `b`.
+bool draws_away(const camera_res_t& a, const camera_res_t& b) {
+  const bool upright = a.width <= a.height;
+  const Distance of_a = distance(a, upright);
+  const Distance of_b = distance(b, upright);
+  return of_a.width < of_b.width && of_a.height < of_b.height;
+}
+
+struct Listed {
+  camera_res_t size;
+  bool full_rate;
+};
+
+std::vector<Listed> with_rates(const std::vector<CameraMode>& modes) {
+  double fastest = 0;
+  for (const CameraMode& mode : modes) fastest = std::max(fastest, expected_rate(mode));
+  const double full = std::min(fluent_rate, fastest);
+  std::vector<Listed> list;
+  for (const CameraMode& mode : modes) {
+    const bool known =
+        std::any_of(list.begin(), list.end(), [&](const Listed& l) { return same_size(l.size, mode.size); });
+    if (!known && !mode.ways.empty()) list.push_back({mode.size, expected_rate(mode) >= full});
+  }
+  // By size, and where a size is too slow to be seen moving it comes last.
+  std::stable_sort(list.begin(), list.end(), [&](const Listed& a, const Listed& b) {
+    if (a.full_rate != b.full_rate) return a.full_rate;
+    return area(a.size) > area(b.size);
+  });
+  return list;
+}
+
+void drop_drawing_away(std::vector<Listed>* list, const camera_res_t& from) {
+  std::erase_if(*list, [&](const Listed& l) { return !l.full_rate && draws_away(l.size, from); });
+}
+
+}  // namespace
+
+Decoders installed_decoders() {
+  const auto has = [](const char* name) {
+    GstElementFactory* factory = gst_element_factory_find(name);
+    if (factory != nullptr) gst_object_unref(factory);
+    return factory != nullptr;
+  };
+  return {.jpeg = has("jpegdec"), .h264 = has("h264parse") && has("avdec_h264"), .bayer = has("bayer2rgb")};
+}
+
+ChosenWay choose_way(const CameraMode& mode, double wanted_rate) {
+  std::optional<Rated> best;
+  for (const CameraWay& way : mode.ways) {
+    for (const FrameRate& rate : candidates(way, wanted_rate)) {
+      const ChosenWay choice{&way, rate};
+      const Rated rated{choice, choice.expected()};
+      if (!best || better(rated, *best, wanted_rate)) best = rated;
+    }
+  }
+  return best ? best->choice : ChosenWay{};
+}
+
+std::vector<camera_res_t> list_sizes(const std::vector<CameraMode>& modes) {
+  std::vector<Listed> list = with_rates(modes);
+  if (list.empty()) return {};
+  const auto nearest = std::min_element(list.begin(), list.end(), [](const Listed& a, const Listed& b) {
+    if (a.full_rate != b.full_rate) return a.full_rate;
+    return distance(a.size).square() < distance(b.size).square();
+  });
+  const Listed first = *nearest;
+  list.erase(nearest);
+  drop_drawing_away(&list, first.size);
+  // The walk starts from the fourth entry: one that the first is nearer than, on both sides.
+  constexpr std::ptrdiff_t start = 2;  // without the first
+  if (std::ssize(list) > start) {
+    const auto gives_way = [&](const Listed& l) { return draws_away(first.size, l.size); };
+    auto fourth = std::find_if(list.begin() + start, list.end(), gives_way);
+    if (fourth == list.end()) fourth = std::find_if(list.begin(), list.end(), gives_way);
+    if (fourth == list.end()) {
+      // The first shares a side with all others, or nearly so: one at full rate is taken.
+      fourth = std::find_if(list.begin(), list.end(), [](const Listed& l) { return l.full_rate; });
+      if (fourth == list.end()) {
+        list.resize(start);
+      } else {
+        const camera_res_t taken = fourth->size;
+        drop_drawing_away(&list, taken);
+        fourth = std::find_if(list.begin(), list.end(), [&](const Listed& l) { return same_size(l.size, taken); });
+      }
+    }
+    if (std::ssize(list) > start) {
+      const Listed moved = *fourth;
+      list.erase(fourth);
+      list.insert(list.begin() + start, moved);
+    }
+  }
+  std::vector<camera_res_t> sizes = {first.size};
+  for (const Listed& entry : list) sizes.push_back(entry.size);
+  return sizes;
+}
+
+const CameraMode* choose_mode(const std::vector<CameraMode>& modes, camera_res_t size, double wanted_rate) {
+  const CameraMode* best = nullptr;
+  const auto rank = [&](const CameraMode& mode) {
+    const bool covers = mode.size.width >= size.width && mode.size.height >= size.height;
+    const bool fluent = choose_way(mode, wanted_rate).expected() >= std::min(fluent_rate, wanted_rate * enough);
+    // Of those that cover it the smallest, of the others the largest.
+    return std::array<std::int64_t, 4>{same_size(mode.size, size) ? 0 : 1, fluent ? 0 : 1, covers ? 0 : 1,
+                                       covers ? area(mode.size) : -area(mode.size)};
+  };
+  for (const CameraMode& mode : modes) {
+    if (!mode.ways.empty() && (best == nullptr || rank(mode) < rank(*best))) best = &mode;
+  }
+  return best;
+}
+
+}  // namespace handset
