@@ -23,7 +23,8 @@ bool choose_size(tarnelApp* app) {
   const std::optional<int> index = choose_resolution(app->mCameraUnit, stored, app->resolutions());
   if (!index) return false;
   app->mResolutionIndex = *index;
-  if (app->mCameraUnit != CAMERA_UNIT_DESKTOP) stored = *index;
+  // A choice that this camera's list is too short for is kept for the camera that has it.
+  if (app->mCameraUnit != CAMERA_UNIT_DESKTOP && stored < static_cast<int>(app->resolutions().size())) stored = *index;
   return true;
 }
 

@@ -20,30 +20,18 @@ struct Rated {
   double rate;
 };
 
-FrameRate nearest_rate(const CameraWay& way, double wanted) {
-  const auto off = [&](const FrameRate& rate) { return std::abs(rate.value() - wanted); };
-  FrameRate best;
+/// The rates of a way that come into question: the ends of its ranges, and the wanted one where it is within.
+std::vector<ChosenWay> candidates(const CameraWay& way, double wanted) {
+  if (way.rates.empty()) return {{&way, {}, true}};
+  std::vector<ChosenWay> choices;
   for (const RateRange& range : way.rates) {
-    FrameRate rate = wanted < range.slowest.value() ? range.slowest : range.fastest;
-    if (wanted > range.slowest.value() && wanted < range.fastest.value()) {
-      rate = {static_cast<int>(std::lround(wanted)), 1};
-      if (rate.value() > range.fastest.value()) rate = range.fastest;
-      if (rate.value() < range.slowest.value()) rate = range.slowest;
+    choices.push_back({&way, range.fastest, true});
+    if (range.slowest.numerator > 0) choices.push_back({&way, range.slowest, true});
+    if (range.slowest.value() < wanted && wanted < range.fastest.value()) {
+      choices.push_back({&way, {static_cast<int>(std::lround(wanted)), 1}, false});
     }
-    // Of two that are as far off, 15 and 45 for 30, the faster one.
-    if (best.numerator == 0 || off(rate) < off(best) || (off(rate) == off(best) && rate.value() > best.value()))
-      best = rate;
   }
-  return best;
-}
-
-/// The rates of a way that come into question: the nearest in each of the three classes of choose_way().
-std::vector<FrameRate> candidates(const CameraWay& way, double wanted) {
-  std::vector<FrameRate> rates = {nearest_rate(way, wanted)};
-  for (const RateRange& range : way.rates) {
-    for (const FrameRate& rate : {range.slowest, range.fastest}) rates.push_back(rate);
-  }
-  return rates;
+  return choices;
 }
 
 /// 0: as wanted, 1: faster, 2: slower.
@@ -137,8 +125,7 @@ Decoders installed_decoders() {
 ChosenWay choose_way(const CameraMode& mode, double wanted_rate) {
   std::optional<Rated> best;
   for (const CameraWay& way : mode.ways) {
-    for (const FrameRate& rate : candidates(way, wanted_rate)) {
-      const ChosenWay choice{&way, rate};
+    for (const ChosenWay& choice : candidates(way, wanted_rate)) {
       const Rated rated{choice, choice.expected()};
       if (!best || better(rated, *best, wanted_rate)) best = rated;
     }

@@ -55,7 +55,8 @@ Decoders installed_decoders();
 /// A way with the rate that is asked for; `way` is null where there is none.
 struct ChosenWay {
   const CameraWay* way = nullptr;
-  FrameRate rate;  ///< 0/1: none is asked for
+  FrameRate rate;     ///< 0/1: none is asked for
+  bool exact = true;  ///< the rate is one that is listed, not one within a range
 
   /// Frames per second to expect; 30 where nobody knows.
   double expected() const { return rate.numerator > 0 ? rate.value() : 30; }

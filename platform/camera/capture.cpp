@@ -16,8 +16,9 @@ std::int64_t monotonic_now() {
       .count();
 }
 
-Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsigned output_height, double zoom) {
-  const double shape = static_cast<double>(output_width) / output_height;
+Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsigned output_height, double zoom,
+                  double pixel_shape) {
+  const double shape = static_cast<double>(output_width) / output_height / pixel_shape;
   const double width = std::min<double>(input_width, input_height * shape) / zoom;
   const double height = std::min<double>(input_height, input_width / shape) / zoom;
   const auto cut = [](int whole, double part) {
@@ -178,7 +179,8 @@ void Capture::update_crop() {
     const auto shape = setup_.source->is_screen() ? camera_res_t{static_cast<std::uint32_t>(input_width_),
                                                                  static_cast<std::uint32_t>(input_height_)}
                                                   : setup_.size;
-    crop = crop_to_fill(input_width_, input_height_, shape.width, shape.height, zoom_);
+    crop = crop_to_fill(input_width_, input_height_, shape.width, shape.height, zoom_,
+                        setup_.source->is_screen() ? 1 : pixel_shape_);
   }
   g_object_set(crop_.get(), "left", crop.left, "right", crop.right, "top", crop.top, "bottom", crop.bottom, nullptr);
 }
@@ -208,10 +210,15 @@ GstPadProbeReturn Capture::on_input_event(GstPad*, GstPadProbeInfo* info, gpoint
     const std::lock_guard lock(self->mutex_);
     self->input_width_ = GST_VIDEO_INFO_WIDTH(&input);
     self->input_height_ = GST_VIDEO_INFO_HEIGHT(&input);
+    const int wide = GST_VIDEO_INFO_PAR_N(&input);
+    const int high = GST_VIDEO_INFO_PAR_D(&input);
+    self->pixel_shape_ = wide > 0 && high > 0 ? static_cast<double>(wide) / high : 1;
     self->rate_numerator_ = GST_VIDEO_INFO_FPS_N(&input);
     self->rate_denominator_ = GST_VIDEO_INFO_FPS_D(&input);
   }
   self->update_crop();
+  // Clips name their colors, or mean those of their size.
+  if (!self->setup_.source->is_clip()) assume_camera_colors(info, &input);
   self->limited_range_ = claim_full_range(info, input);
   return GST_PAD_PROBE_OK;
 }

@@ -95,6 +95,7 @@ class Capture {
   std::int64_t last_frame_ = 0;
   int input_width_ = 0;
   int input_height_ = 0;
+  double pixel_shape_ = 1;  ///< width by height of the input's pixels
   double zoom_ = 1;
   int rate_numerator_ = 0;
   int rate_denominator_ = 1;
@@ -115,10 +116,12 @@ class Capture {
 
 /// The rectangle of an input that fills an output of another shape, magnified: pixels to cut off on
 /// each side, even.
+/// @param pixel_shape  width by height of the input's pixels; the output's are square
 struct Crop {
   int left, right, top, bottom;
 };
-Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsigned output_height, double zoom);
+Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsigned output_height, double zoom,
+                  double pixel_shape = 1);
 
 /// Nanoseconds of CLOCK_MONOTONIC.
 std::int64_t monotonic_now();

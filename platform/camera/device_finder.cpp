@@ -3,36 +3,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <map>
+
+#include "platform/camera/device_views.h"
+#include "platform/camera/node_scan.h"
+#include "platform/camera/v4l2_node.h"
 
 namespace handset {
 namespace {
-
-std::string text_of(const GstStructure* structure, const char* field) {
-  const char* value = structure != nullptr ? gst_structure_get_string(structure, field) : nullptr;
-  return value != nullptr ? value : "";
-}
-
-std::string identity_of(const GstStructure* properties, const std::string& label) {
-  for (const char* field : {"device.serial", "device.bus-path", "udev-devpath", "v4l2.device.bus_info",
-                            "api.v4l2.cap.bus_info", "node.name"}) {
-    const std::string value = text_of(properties, field);
-    if (!value.empty()) return label + "@" + value;
-  }
-  return label;
-}
-
-GstDeviceMonitor* device_monitor() {
-  static GstDeviceMonitor* const monitor = [] {
-    GstDeviceMonitor* fresh = gst_device_monitor_new();
-    gst_device_monitor_add_filter(fresh, "Video/Source", nullptr);
-    const BusPtr bus = BusPtr::adopt(gst_device_monitor_get_bus(fresh));
-    gst_bus_set_flushing(bus.get(), TRUE);
-    gst_device_monitor_start(fresh);
-    return fresh;
-  }();
-  return monitor;
-}
 
 std::string lower(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -42,27 +19,25 @@ std::string lower(std::string text) {
 
 }  // namespace
 
-std::vector<FoundCamera> find_cameras() {
-  GList* devices = gst_device_monitor_get_devices(device_monitor());
-  std::map<std::string, FoundCamera> by_identity;
-  for (GList* entry = devices; entry != nullptr; entry = entry->next) {
-    FoundCamera camera;
-    camera.device = ObjectPtr<GstDevice>::adopt(GST_DEVICE(entry->data));
-    const GStringPtr label(gst_device_get_display_name(camera.device.get()), g_free);
-    const CapsPtr caps = CapsPtr::adopt(gst_device_get_caps(camera.device.get()));
-    camera.label = label.get();
-    camera.modes = camera_modes(caps.get(), installed_decoders());
-    if (camera.modes.empty()) continue;
-    GstStructure* properties = gst_device_get_properties(camera.device.get());
-    camera.identity = identity_of(properties, camera.label);
-    camera.node = text_of(properties, "api.v4l2.path");
-    if (properties != nullptr) gst_structure_free(properties);
-    by_identity.insert_or_assign(camera.identity, std::move(camera));
-  }
-  g_list_free(devices);
-  std::vector<FoundCamera> cameras;
-  for (auto& [identity, camera] : by_identity) cameras.push_back(std::move(camera));
-  return cameras;
+std::vector<FoundCamera> find_cameras(std::chrono::milliseconds limit, bool* answered) {
+  gst_init(nullptr, nullptr);
+  const auto end = std::chrono::steady_clock::now() + limit;
+  bool heard = false;
+  device_views(std::chrono::milliseconds(0), &heard);  // starts the servers, which think while the nodes are asked
+  const std::vector<V4l2Answers> nodes = ask_all_nodes(limit);
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+  const std::vector<DeviceView> views = device_views(std::max(left, std::chrono::milliseconds(0)), &heard);
+  if (answered != nullptr) *answered = heard;
+  return merge_cameras(nodes, views, installed_decoders());
+}
+
+bool is_called(const FoundCamera& camera, const std::string& remembered) {
+  if (remembered.empty()) return false;
+  if (std::find(camera.former.begin(), camera.former.end(), remembered) != camera.former.end()) return true;
+  // With a twin at another socket the socket is part of the name, without it is not.
+  const std::string& shorter = remembered.size() < camera.identity.size() ? remembered : camera.identity;
+  const std::string& longer = remembered.size() < camera.identity.size() ? camera.identity : remembered;
+  return longer == shorter || (shorter.find('@') != std::string::npos && longer.starts_with(shorter + "@"));
 }
 
 CameraRoles assign_roles(const std::vector<FoundCamera>& cameras, const std::string& remembered_rear,
@@ -75,11 +50,16 @@ CameraRoles assign_roles(const std::vector<FoundCamera>& cameras, const std::str
     return at(index).usable() && (!any_color || at(index).kind != CameraKind::infrared);
   };
   CameraRoles roles;
-  for (int i = 0; i < count; ++i) {
-    if (!may_serve(i)) continue;
-    if (!remembered_rear.empty() && at(i).identity == remembered_rear) roles.rear = i;
-    if (!remembered_front.empty() && at(i).identity == remembered_front) roles.front = i;
-  }
+  const auto recall = [&](int* role, int taken, const std::string& remembered) {
+    for (const bool exact : {true, false}) {
+      for (int i = 0; i < count && *role < 0; ++i) {
+        if (may_serve(i) && i != taken && (exact ? at(i).identity == remembered : is_called(at(i), remembered)))
+          *role = i;
+      }
+    }
+  };
+  recall(&roles.rear, -1, remembered_rear);
+  recall(&roles.front, roles.rear, remembered_front);
   const auto fill = [&](int* role, const auto& fits) {
     for (int i = 0; i < count && *role < 0; ++i) {
       if (may_serve(i) && i != roles.rear && i != roles.front && fits(at(i))) *role = i;

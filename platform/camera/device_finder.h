@@ -31,15 +31,29 @@ struct FoundCamera {
   std::vector<CameraMode> modes;        ///< of the node if that is direct, else of the device; largest first
   std::vector<CameraMode> other_modes;  ///< of the device where the node is direct
   CameraTrouble trouble = CameraTrouble::none;
-  std::string why;  ///< what explain() says of the trouble; empty: usable
+  std::string why;                  ///< what explain() says of the trouble; empty: usable
+  std::vector<std::string> former;  ///< other spellings of the identity that may be remembered
 
   bool usable() const { return trouble == CameraTrouble::none; }
 };
 
 /// Cameras that are plugged in now, usable or not, each once, in the order of preference: by kind, then by identity.
-/// Asks the kernel first, then PipeWire; nothing is streamed. Takes up to `limit` for devices that do not answer.
-/// Any thread.
-std::vector<FoundCamera> find_cameras();
+/// Asks the kernel and PipeWire; nothing is streamed. Any thread.
+/// @param limit     waits that long for devices and servers that do not answer; a node that has not answered by then
+///                  is listed with that as its trouble
+/// @param answered  receives whether PipeWire has answered; may be null
+std::vector<FoundCamera> find_cameras(std::chrono::milliseconds limit = std::chrono::seconds(3),
+                                      bool* answered = nullptr);
+
+struct V4l2Answers;
+struct DeviceView;
+/// The list made of what the nodes and the device providers say. Values in, values out.
+std::vector<FoundCamera> merge_cameras(const std::vector<V4l2Answers>& nodes, const std::vector<DeviceView>& views,
+                                       const Decoders& decoders);
+
+/// Whether a remembered identity is this camera's: also one that was spelled otherwise, since it depends on what else
+/// is plugged in.
+bool is_called(const FoundCamera& camera, const std::string& remembered);
 
 /// Which cameras are rear and front, as indices into the list; -1: none.
 struct CameraRoles {

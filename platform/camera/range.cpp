@@ -33,6 +33,17 @@ void map_plane(GstVideoFrame* frame, int plane, int rows, const Table& table) {
 
 }  // namespace
 
+void assume_camera_colors(GstPadProbeInfo* info, GstVideoInfo* input) {
+  if (!GST_VIDEO_INFO_IS_YUV(input)) return;
+  GstCaps* caps = nullptr;
+  gst_event_parse_caps(gst_pad_probe_info_get_event(info), &caps);
+  if (gst_structure_has_field(gst_caps_get_structure(caps, 0), "colorimetry")) return;
+  const CapsPtr named = CapsPtr::adopt(gst_caps_copy(caps));
+  gst_caps_set_simple(named.get(), "colorimetry", G_TYPE_STRING, GST_VIDEO_COLORIMETRY_BT601, nullptr);
+  gst_video_info_from_caps(input, named.get());
+  replace_caps_event(info, named);
+}
+
 bool claim_full_range(GstPadProbeInfo* info, const GstVideoInfo& input) {
   const bool limited = GST_VIDEO_INFO_IS_YUV(&input) && input.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_BT601 &&
                        input.colorimetry.range == GST_VIDEO_COLOR_RANGE_16_235;

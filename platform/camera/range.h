@@ -4,6 +4,12 @@
 
 namespace handset {
 
+/// A camera that does not name its colors has limited-range BT.601, at any size: a caps event that brings its pictures
+/// is changed to say so. GStreamer would take HDTV's BT.709 for large ones. Streaming thread.
+/// @param info   of a probe that is looking at the caps event
+/// @param input  what the event says, and then what the changed one says
+void assume_camera_colors(GstPadProbeInfo* info, GstVideoInfo* input);
+
 /// Between two BT.601 formats GStreamer's converter takes shortcuts that forget the range: limited-range pictures would
 /// come out grey. So a caps event that brings such pictures to the converter is changed to say that they are full range
 /// already; the converted pictures then have to be stretched with expand_range. Streaming thread.

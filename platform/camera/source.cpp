@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "platform/camera/camera_source.h"
+#include "platform/camera/device_element.h"
 #include "platform/camera/scene_source.h"
 
 namespace handset {
@@ -28,6 +30,16 @@ int complain(int error, const std::string& text) {
   return error;
 }
 
+/// A clip's size in square pixels: those of a wide shape stretch its width.
+camera_res_t display_size(const GstDiscovererVideoInfo* video) {
+  const guint width = gst_discoverer_video_info_get_width(video);
+  const guint height = gst_discoverer_video_info_get_height(video);
+  const guint wide = gst_discoverer_video_info_get_par_num(video);
+  const guint high = gst_discoverer_video_info_get_par_denom(video);
+  if (wide == 0 || high == 0) return {width, height};
+  return {static_cast<std::uint32_t>(gst_util_uint64_scale_round(width, wide, high)), height};
+}
+
 /// A clip's picture size as it is shown, or an empty reason.
 std::string measure_clip(const std::string& path, camera_res_t* size) {
   GError* error = nullptr;
@@ -43,7 +55,7 @@ std::string measure_clip(const std::string& path, camera_res_t* size) {
       if (reason.empty()) reason = "no video in it";
     } else {
       const auto* video = GST_DISCOVERER_VIDEO_INFO(streams->data);
-      *size = {gst_discoverer_video_info_get_width(video), gst_discoverer_video_info_get_height(video)};
+      *size = display_size(video);
       const GstTagList* tags = gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
       char* orientation = nullptr;
       if (tags != nullptr && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation)) {
@@ -84,56 +96,6 @@ int resolve_clip(const std::string& path, Source* source) {
   return 0;
 }
 
-struct Memory {
-  std::string rear, front;
-};
-
-/// Two lines of text: the rear camera's identity, then the front one's.
-Memory load_memory(const std::string& path) {
-  Memory memory;
-  if (std::FILE* file = path.empty() ? nullptr : std::fopen(path.c_str(), "re")) {
-    for (std::string* line : {&memory.rear, &memory.front}) {
-      for (int c = std::fgetc(file); c != EOF && c != '\n'; c = std::fgetc(file)) line->push_back(static_cast<char>(c));
-    }
-    std::fclose(file);
-  }
-  return memory;
-}
-
-void save_memory(const std::string& path, const Memory& memory) {
-  if (path.empty()) return;
-  std::error_code ignored;
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
-  const std::string fresh = path + ".new";
-  if (std::FILE* file = std::fopen(fresh.c_str(), "we")) {
-    const bool written = std::fprintf(file, "%s\n%s\n", memory.rear.c_str(), memory.front.c_str()) > 0;
-    if (std::fclose(file) == 0 && written) std::filesystem::rename(fresh, path, ignored);
-  }
-}
-
-void use_scene(Source* source) {
-  source->kind = Source::Kind::scene;
-  source->sizes = standard_sizes;
-}
-
-int resolve_found_camera(const CameraServiceConfig& config, camera_unit_t unit, Source* source) {
-  std::vector<FoundCamera> cameras = find_cameras();
-  if (cameras.empty()) {
-    use_scene(source);
-    source->stands_in = true;
-    return 0;
-  }
-  const Memory memory = load_memory(config.memory_file);
-  const CameraRoles roles = assign_roles(cameras, memory.rear, memory.front);
-  const auto identity = [&](int index) { return cameras[static_cast<std::size_t>(index)].identity; };
-  // Two different cameras are worth remembering; a lone one must not take both places for good.
-  if (roles.rear != roles.front) save_memory(config.memory_file, {identity(roles.rear), identity(roles.front)});
-  source->kind = Source::Kind::device;
-  source->camera = std::move(cameras[static_cast<std::size_t>(unit == CAMERA_UNIT_FRONT ? roles.front : roles.rear)]);
-  source->sizes = list_sizes(source->camera.modes);
-  return 0;
-}
-
 int resolve_desktop(Source* source) {
   source->sizes = standard_sizes;
   const auto is_set = [](const char* name) {
@@ -150,48 +112,6 @@ int resolve_desktop(Source* source) {
   if (!is_set("DISPLAY")) return complain(ENODEV, "cannot film the desktop: there is no display");
   source->kind = Source::Kind::x11;
   return 0;
-}
-
-/// Bin around a parsed description. @param open_ends  the bin gets the pads that are not linked in it
-ElementPtr parse_bin(const std::string& description, std::string* error, bool open_ends = true) {
-  GError* problem = nullptr;
-  GstElement* bin = gst_parse_bin_from_description_full(description.c_str(), open_ends, nullptr,
-                                                        GST_PARSE_FLAG_FATAL_ERRORS, &problem);
-  if (bin == nullptr || problem != nullptr) {
-    *error = problem != nullptr ? problem->message : "not a pipeline";
-    g_clear_error(&problem);
-    if (bin != nullptr) gst_object_unref(gst_object_ref_sink(bin));
-    return {};
-  }
-  return ElementPtr::adopt(bin);
-}
-
-ElementPtr make_device_element(const FoundCamera& camera, camera_res_t size, std::string* error) {
-  const CameraMode* mode = choose_mode(camera.modes, size);
-  GstElement* element = gst_device_create_element(camera.device.get(), "device");
-  if (element == nullptr || mode == nullptr) {
-    *error = "the camera is gone";
-    if (element != nullptr) gst_object_unref(gst_object_ref_sink(element));
-    return {};
-  }
-  // PipeWire hands out buffers without timestamps unless it is told to stamp them.
-  g_object_set(element, "do-timestamp", TRUE, nullptr);
-  const bool jpeg = choose_way(*mode).way->coding == CameraWay::Coding::jpeg;
-  const std::string filter = std::string(jpeg ? "image/jpeg" : "video/x-raw") +
-                             ",width=" + std::to_string(mode->size.width) +
-                             ",height=" + std::to_string(mode->size.height);
-  ElementPtr tail =
-      parse_bin("capsfilter caps=\"" + filter + "\" ! " + (jpeg ? "jpegdec" : "identity silent=true"), error);
-  if (!tail) {
-    gst_object_unref(gst_object_ref_sink(element));
-    return {};
-  }
-  GstElement* bin = gst_bin_new("camera");
-  gst_bin_add_many(GST_BIN(bin), element, tail.get(), nullptr);
-  gst_element_link(element, tail.get());
-  const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(tail.get(), "src"));
-  gst_element_add_pad(bin, gst_ghost_pad_new("src", pad.get()));
-  return ElementPtr::adopt(bin);
 }
 
 ElementPtr make_clip_element(const std::string& path, std::string* error) {
@@ -213,6 +133,11 @@ bool possible_size(unsigned width, unsigned height) {
   return width % 2 == 0 && height % 2 == 0 && width >= 16 && height >= 16 && width <= 8192 && height <= 4320;
 }
 
+void use_scene(Source* source) {
+  source->kind = Source::Kind::scene;
+  source->sizes = standard_sizes;
+}
+
 int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source* source) {
   const std::string& text = unit == CAMERA_UNIT_FRONT  ? config.front
                             : unit == CAMERA_UNIT_REAR ? config.rear
@@ -229,11 +154,10 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
     source->sizes = standard_sizes;
     return 0;
   }
-  if (text != "auto") {
-    return complain(EINVAL,
-                    "unknown camera source \"" + text + "\" (auto, scene, desktop, clip:FILE or gst:DESCRIPTION)");
-  }
-  return resolve_found_camera(config, unit, source);
+  if (const auto name = after_prefix(text, "camera:")) return resolve_camera(config, unit, *name, source);
+  if (text == "auto") return resolve_camera(config, unit, "", source);
+  return complain(EINVAL, "unknown camera source \"" + text +
+                              "\" (auto, camera:NAME, scene, desktop, clip:FILE or gst:DESCRIPTION)");
 }
 
 ElementPtr make_source_element(const Source& source, camera_res_t size, int frame_rate, std::string* error) {
@@ -251,7 +175,7 @@ ElementPtr make_source_element(const Source& source, camera_res_t size, int fram
       // A description may end in caps, which need something behind them.
       return parse_bin(source.argument + " ! identity silent=true", error);
     case Source::Kind::device:
-      return make_device_element(source.camera, size, error);
+      return make_device_element(source.camera, size, frame_rate, error);
     case Source::Kind::cast:
       // Screens have no rate: they bring a picture when something has changed, up to as often as they are drawn. The
       // last one is repeated, so that a film of a still screen ends where its recording does.

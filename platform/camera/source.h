@@ -36,6 +36,9 @@ struct Source {
 /// Sizes that the pipeline can bring any source to: even, 16..8192 by 16..4320.
 bool possible_size(unsigned width, unsigned height);
 
+/// Makes a source the built-in scene.
+void use_scene(Source* source);
+
 /// Finds what is behind a unit. After a failure one line on the error stream says why.
 /// @return 0, EINVAL (text, or several cameras of that name), ENOENT (clip missing), EIO (clip undecodable), ENODEV (no
 ///         screen to film, no camera of that name); for a camera that cannot be used what error_of() says of its

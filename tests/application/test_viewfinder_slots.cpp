@@ -156,7 +156,9 @@ TEST_F(ViewfinderSlots, TheListMayHaveAnyLength) {
     app->mSettings.rearResolutionIndex = row.stored;
     EXPECT_EQ(create(CAMERA_UNIT_REAR), 0);
     EXPECT_EQ(app->mResolutionIndex, row.used) << row.count << " sizes, stored " << row.stored;
-    EXPECT_EQ(app->mSettings.rearResolutionIndex, row.used);
+    // A choice beyond the list is kept for the camera that it was made for.
+    const bool beyond = row.stored >= static_cast<int>(row.count);
+    EXPECT_EQ(app->mSettings.rearResolutionIndex, beyond ? row.stored : row.used);
     EXPECT_EQ(_num_screen_res, static_cast<int>(row.count));
     app->onStopCamera();
   }

@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "tools/record/list.h"
 #include "tools/record/options.h"
 #include "tools/record/session.h"
 
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
     std::puts("morvane-record " MORVANE_VERSION);
     return 0;
   }
+  if (options.action == record::Options::Action::list) return record::print_list();
   record::block_signals();
   return record::run_session(options);
 }

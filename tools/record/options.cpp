@@ -30,6 +30,7 @@ enum Code : int {
   stamp_code,
   stamp_color_code,
   stamp_position_code,
+  list_code,
   help_code,
   version_code
 };
@@ -50,6 +51,7 @@ constexpr option long_options[] = {
     {"stamp", required_argument, nullptr, stamp_code},
     {"stamp-color", required_argument, nullptr, stamp_color_code},
     {"stamp-position", required_argument, nullptr, stamp_position_code},
+    {"list", no_argument, nullptr, list_code},
     {"help", no_argument, nullptr, help_code},
     {"version", no_argument, nullptr, version_code},
     {nullptr, 0, nullptr, 0},
@@ -111,6 +113,9 @@ bool apply(int code, const char* value, Options* options) {
       return parse_number(value, 0, stamp_color_count - 1, &options->stamp_color);
     case stamp_position_code:
       return parse_number(value, 0, 4, &options->stamp_position);
+    case list_code:
+      options->action = Options::Action::list;
+      return true;
     case help_code:
       options->action = Options::Action::help;
       return true;
@@ -155,8 +160,10 @@ const char* help_text() {
   return R"(Usage: morvane-record [OPTION]... OUT.mp4
 Records a camera with a live effect into a new MP4 file.
 
-  --source SOURCE     auto (default), scene, desktop, clip:FILE or gst:DESCRIPTION
-                        auto   a camera that is found, else the built-in scene
+  --source SOURCE     auto (default), camera:NAME, scene, desktop, clip:FILE or gst:DESCRIPTION
+                        auto   a camera that is found; the built-in scene where there is none
+                        camera:
+                               a camera of --list, by its name or a part that no other has
                         scene  the built-in scene
                         desktop
                                the screen; a Wayland desktop asks its user first
@@ -181,6 +188,7 @@ Records a camera with a live effect into a new MP4 file.
   --seconds S         length of the recording; without it, until Ctrl-C
   --microphone KIND   default, none or tone (as the device profile says)
   --unpaced           run a clip once, as fast as it can be recorded, dropping nothing
+  --list              say what there is to record from, and end
   --help, --version
 
 Ctrl-C and SIGTERM complete the file. Exit status: 0 when the recording is complete,

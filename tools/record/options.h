@@ -7,7 +7,7 @@ namespace record {
 
 /// What morvane-record was asked to do.
 struct Options {
-  enum class Action { record, help, version };
+  enum class Action { record, list, help, version };
   Action action = Action::record;
   std::string source = "auto";
   unsigned width = 0;  ///< pixels; 0: the source's own choice

@@ -1,0 +1,158 @@
+#include "platform/camera/camera_source.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <thread>
+
+#include "platform/camera/camera_choice.h"
+#include "platform/camera/camera_watch.h"
+#include "platform/camera/node_scan.h"
+
+namespace handset {
+namespace {
+
+/// For servers that are slow when no camera is known yet.
+constexpr std::chrono::milliseconds further_wait{2000};
+/// Time to let go of a camera that was just closed.
+constexpr std::chrono::milliseconds letting_go{400};
+constexpr std::chrono::milliseconds question_limit{500};
+
+struct Memory {
+  std::string rear, front;
+};
+
+/// Two lines of text: the rear camera's identity, then the front one's.
+Memory load_memory(const std::string& path) {
+  Memory memory;
+  if (std::FILE* file = path.empty() ? nullptr : std::fopen(path.c_str(), "re")) {
+    for (std::string* line : {&memory.rear, &memory.front}) {
+      for (int c = std::fgetc(file); c != EOF && c != '\n'; c = std::fgetc(file)) line->push_back(static_cast<char>(c));
+    }
+    std::fclose(file);
+  }
+  return memory;
+}
+
+void save_memory(const std::string& path, const Memory& memory) {
+  if (path.empty()) return;
+  std::error_code ignored;
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+  const std::string fresh = path + ".new";
+  if (std::FILE* file = std::fopen(fresh.c_str(), "we")) {
+    const bool written = std::fprintf(file, "%s\n%s\n", memory.rear.c_str(), memory.front.c_str()) > 0;
+    if (std::fclose(file) == 0 && written) std::filesystem::rename(fresh, path, ignored);
+  }
+}
+
+/// Two different cameras are worth remembering; a lone one must not take both places for good. A camera that is away
+/// keeps its place.
+void remember(const CameraServiceConfig& config, const std::vector<FoundCamera>& cameras, const CameraRoles& roles,
+              const Memory& memory) {
+  if (roles.rear == roles.front) return;
+  const auto now = [&](const std::string& remembered, int role) {
+    const FoundCamera& camera = cameras[static_cast<std::size_t>(role)];
+    return remembered.empty() || is_called(camera, remembered) ? camera.identity : remembered;
+  };
+  const Memory fresh = {now(memory.rear, roles.rear), now(memory.front, roles.front)};
+  if (fresh.rear != memory.rear || fresh.front != memory.front) save_memory(config.memory_file, fresh);
+}
+
+bool is_busy(const std::string& node) {
+  return ask_within(question_limit, false, [node] { return node_is_busy(node); });
+}
+
+/// Who films with a camera through its node. PipeWire shares what it films with.
+struct Use {
+  bool used = false;
+  bool shared = false;
+  std::string by;
+};
+
+Use judge_holders(const FoundCamera& camera, const std::vector<std::string>& holders) {
+  const auto other = std::find_if(holders.begin(), holders.end(),
+                                  [](const std::string& h) { return h != "pipewire" && h != "wireplumber"; });
+  if (other != holders.end()) return {true, false, *other};
+  return {true, !holders.empty() && camera.device && !camera.other_modes.empty(), ""};
+}
+
+Use use_of(const FoundCamera& camera) {
+  if (!camera.direct || camera.kind == CameraKind::loopback) return {};
+  const auto end = std::chrono::steady_clock::now() + letting_go;
+  while (is_busy(camera.node)) {
+    const std::vector<std::string> holders = holders_of(camera.node);
+    if (!holders.empty() || std::chrono::steady_clock::now() > end) return judge_holders(camera, holders);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // this program itself may be about to let go
+  }
+  return {};
+}
+
+Objection objection_to(const FoundCamera& camera) {
+  const Use use = use_of(camera);
+  if (use.used && !use.shared) return {CameraTrouble::busy, true, use.by};
+  return {recent_camera_failure(camera.identity), false, ""};
+}
+
+void use_camera(FoundCamera camera, Source* source) {
+  if (use_of(camera).shared) {
+    camera.direct = false;
+    camera.modes = std::move(camera.other_modes);
+  }
+  source->kind = Source::Kind::device;
+  source->sizes = list_sizes(camera.modes);
+  source->camera = std::move(camera);
+}
+
+int fail(CameraTrouble trouble, const std::string& why, Source* source) {
+  source->trouble = trouble;
+  source->why = why;
+  std::fprintf(stderr, "%s\n", why.c_str());
+  return error_of(trouble);
+}
+
+int resolve_named(const std::vector<FoundCamera>& cameras, const std::string& name, Source* source) {
+  int error = 0;
+  const int index = find_by_name(cameras, name, &source->why, &error);
+  if (index < 0) {
+    std::fprintf(stderr, "%s\n", source->why.c_str());
+    return error;
+  }
+  const FoundCamera& camera = cameras[static_cast<std::size_t>(index)];
+  if (!camera.usable()) return fail(camera.trouble, camera.why, source);
+  const Objection against = objection_to(camera);
+  if (against.now) return fail(against.trouble, explain(against.trouble, camera.label, against.detail), source);
+  use_camera(camera, source);
+  return 0;
+}
+
+int resolve_role(const CameraServiceConfig& config, camera_unit_t unit, const std::vector<FoundCamera>& cameras,
+                 Source* source) {
+  const Memory memory = load_memory(config.memory_file);
+  const CameraRoles roles = assign_roles(cameras, memory.rear, memory.front);
+  const bool front = unit == CAMERA_UNIT_FRONT;
+  const CameraChoice choice = choose_camera(cameras, front ? roles.front : roles.rear,
+                                            find_evicted(cameras, front ? memory.front : memory.rear), objection_to);
+  if (choice.index < 0) return fail(choice.trouble, choice.why, source);
+  remember(config, cameras, roles, memory);
+  source->passed_over = choice.passed_over;
+  if (!choice.passed_over.empty()) std::fprintf(stderr, "%s\n", choice.passed_over.c_str());
+  use_camera(cameras[static_cast<std::size_t>(choice.index)], source);
+  return 0;
+}
+
+}  // namespace
+
+int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source) {
+  CameraWatch& watch = CameraWatch::instance();
+  std::vector<FoundCamera> cameras = watch.cameras_now();
+  if (cameras.empty()) cameras = watch.cameras_now(further_wait);
+  if (!name.empty()) return resolve_named(cameras, name, source);
+  if (!cameras.empty()) return resolve_role(config, unit, cameras, source);
+  std::fputs("no camera found, filming the built-in scene\n", stderr);
+  use_scene(source);
+  source->stands_in = true;
+  return 0;
+}
+
+}  // namespace handset
