@@ -111,6 +111,32 @@ void drop_drawing_away(std::vector<Listed>* list, const camera_res_t& from) {
   std::erase_if(*list, [&](const Listed& l) { return !l.full_rate && draws_away(l.size, from); });
 }
 
+/// Of the entries behind the first: the walk starts from the next one.
+constexpr std::ptrdiff_t before_fourth = 2;
+
+/// Makes the fourth entry one that leads to the first, or to another one at full rate, or cuts the list off before it.
+void place_fourth(const camera_res_t& first, std::vector<Listed>* list) {
+  const auto gives_way = [&](const Listed& l) { return draws_away(first, l.size); };
+  auto fourth = std::find_if(list->begin() + before_fourth, list->end(), gives_way);
+  if (fourth == list->end()) fourth = std::find_if(list->begin(), list->end(), gives_way);
+  if (fourth == list->end() && distance(first).square() > 0) {
+    const auto fluent = std::find_if(list->begin(), list->end(), [](const Listed& l) { return l.full_rate; });
+    if (fluent != list->end()) {
+      const camera_res_t size = fluent->size;
+      drop_drawing_away(list, size);
+      fourth = std::find_if(list->begin(), list->end(), [&](const Listed& l) { return same_size(l.size, size); });
+    }
+  }
+  if (std::ssize(*list) <= before_fourth) return;
+  if (fourth == list->end()) {
+    list->resize(before_fourth);  // all others share a side with 720p, which would keep them in its place
+    return;
+  }
+  const Listed moved = *fourth;
+  list->erase(fourth);
+  list->insert(list->begin() + before_fourth, moved);
+}
+
 }  // namespace
 
 Decoders installed_decoders() {
@@ -143,29 +169,7 @@ std::vector<camera_res_t> list_sizes(const std::vector<CameraMode>& modes) {
   const Listed first = *nearest;
   list.erase(nearest);
   drop_drawing_away(&list, first.size);
-  // The walk starts from the fourth entry: one that the first is nearer than, on both sides.
-  constexpr std::ptrdiff_t start = 2;  // without the first
-  if (std::ssize(list) > start) {
-    const auto gives_way = [&](const Listed& l) { return draws_away(first.size, l.size); };
-    auto fourth = std::find_if(list.begin() + start, list.end(), gives_way);
-    if (fourth == list.end()) fourth = std::find_if(list.begin(), list.end(), gives_way);
-    if (fourth == list.end()) {
-      // The first shares a side with all others, or nearly so: one at full rate is taken.
-      fourth = std::find_if(list.begin(), list.end(), [](const Listed& l) { return l.full_rate; });
-      if (fourth == list.end()) {
-        list.resize(start);
-      } else {
-        const camera_res_t taken = fourth->size;
-        drop_drawing_away(&list, taken);
-        fourth = std::find_if(list.begin(), list.end(), [&](const Listed& l) { return same_size(l.size, taken); });
-      }
-    }
-    if (std::ssize(list) > start) {
-      const Listed moved = *fourth;
-      list.erase(fourth);
-      list.insert(list.begin() + start, moved);
-    }
-  }
+  if (std::ssize(list) > before_fourth) place_fourth(first.size, &list);
   std::vector<camera_res_t> sizes = {first.size};
   for (const Listed& entry : list) sizes.push_back(entry.size);
   return sizes;

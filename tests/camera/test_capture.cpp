@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <thread>
 
 #include "platform/camera/capture.h"
@@ -79,6 +81,54 @@ TEST(CaptureColours, AreFullRangeBt601WhateverTheSourceSays) {
   }
 }
 
+/// A source that does not name its colors; what they are is said to those who make the pixels.
+std::string unnamed(const std::string& format, const std::string& size, const std::string& colors) {
+  const std::string caps = "video/x-raw,format=" + format + "," + size + ",framerate=30/1";
+  return "videotestsrc is-live=true pattern=red ! capsfilter caps=" + caps + ",colorimetry=" + colors +
+         " ! capssetter replace=true caps=" + caps;
+}
+
+TEST(CaptureColours, OfCamerasThatDoNotNameThemAreBt601) {
+  const char* const hd = "width=1280,height=720";
+  const char* const vga = "width=640,height=480";
+  const std::string sources[] = {
+      unnamed("YUY2", vga, "bt601"),
+      unnamed("YUY2", hd, "bt601"),  // GStreamer would read it as BT.709
+      unnamed("NV12", hd, "bt601"),
+      "videotestsrc is-live=true pattern=red ! capsfilter caps=video/x-raw,format=BGRx,width=1280,height=720 "
+      "! videoconvert ! capsfilter caps=video/x-raw,format=I420,colorimetry=1:4:0:0 ! jpegenc quality=95 ! capssetter "
+      "replace=true "
+      "caps=image/jpeg,width=1280,height=720,framerate=30/1 ! jpegdec",
+      // One that does name them is believed.
+      "videotestsrc is-live=true pattern=red ! capsfilter caps=video/x-raw,format=NV12,width=1280,height=720,"
+      "colorimetry=bt709",
+  };
+  for (const std::string& source : sources) {
+    const Frame frame = first_frame(custom(source), {1280, 720});
+    ASSERT_TRUE(frame) << source;
+    const Pixel pixel = centre_of(frame);
+    EXPECT_NEAR(pixel.y, 76, 3) << source;
+    EXPECT_NEAR(pixel.u, 85, 3) << source;
+    EXPECT_NEAR(pixel.v, 255, 3) << source;
+  }
+}
+
+TEST(CaptureColours, OfAGreyCameraAreGrey) {
+  for (const char* format : {"GRAY8", "GRAY16_LE"}) {
+    const Frame frame = first_frame(
+        custom(
+            "videotestsrc is-live=true pattern=white ! capsfilter caps=video/x-raw,format=BGRx,width=320,height=240 ! "
+            "videoconvert ! capsfilter caps=video/x-raw,format=" +
+            std::string(format)),
+        {320, 240});
+    ASSERT_TRUE(frame) << format;
+    const Pixel pixel = centre_of(frame);
+    EXPECT_GE(pixel.y, 252) << format;
+    EXPECT_NEAR(pixel.u, 128, 1) << format;
+    EXPECT_NEAR(pixel.v, 128, 1) << format;
+  }
+}
+
 TEST(CaptureColours, OfAFullRangeSourceArePassedThrough) {
   handset::register_scene_source();
   const Frame frame =
@@ -110,6 +160,65 @@ TEST(CaptureShape, IsFilledWithoutBorders) {
     }
   }
   gst_video_frame_unmap(&mapped);
+}
+
+/// Width of a bright box in the row through the center, and its height in the column.
+std::pair<int, int> extent_of_box(const Frame& frame) {
+  GstVideoFrame mapped;
+  if (!gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ)) return {0, 0};
+  const auto* luma = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, 0));
+  const int stride = GST_VIDEO_FRAME_PLANE_STRIDE(&mapped, 0);
+  const int width = GST_VIDEO_FRAME_WIDTH(&mapped);
+  const int height = GST_VIDEO_FRAME_HEIGHT(&mapped);
+  int wide = 0;
+  int high = 0;
+  for (int x = 0; x < width; ++x) wide += luma[height / 2 * stride + x] > 128 ? 1 : 0;
+  for (int y = 0; y < height; ++y) high += luma[y * stride + width / 2] > 128 ? 1 : 0;
+  gst_video_frame_unmap(&mapped);
+  return {wide, high};
+}
+
+TEST(CaptureShape, OfUnequalPixelsIsMadeSquare) {
+  // A white box on black, 120 x 160 pixels that are a third wider than high.
+  const Source source = custom(
+      "videotestsrc is-live=true pattern=white ! capsfilter caps=video/x-raw,format=I420,width=120,height=160"
+      " ! videobox left=-180 right=-180 top=-100 bottom=-100"
+      " ! capssetter caps=video/x-raw,pixel-aspect-ratio=4/3");
+  for (const camera_res_t size : {camera_res_t{640, 360}, camera_res_t{640, 480}, camera_res_t{320, 320}}) {
+    const Frame frame = first_frame(source, size);
+    ASSERT_TRUE(frame);
+    const auto [width, height] = extent_of_box(frame);
+    const double scale = std::max(size.width / 640.0, size.height / 360.0);
+    EXPECT_NEAR(width, 160 * scale, 3) << size.width << " x " << size.height;
+    EXPECT_NEAR(height, 160 * scale, 3) << size.width << " x " << size.height;
+  }
+}
+
+TEST(CaptureShape, OfAnAnamorphicClipIsTheOneThatItIsShownIn) {
+  gst_init(nullptr, nullptr);
+  const std::string path = testing::TempDir() + "anamorphic.mkv";
+  GstElement* pipeline = gst_parse_launch(("videotestsrc num-buffers=5 ! video/x-raw,format=I420,width=720,height=576,"
+                                           "framerate=25/1,pixel-aspect-ratio=64/45 ! jpegenc ! matroskamux ! filesink "
+                                           "location=" +
+                                           path)
+                                              .c_str(),
+                                          nullptr);
+  ASSERT_NE(pipeline, nullptr);
+  gst_element_set_state(pipeline, GST_STATE_PLAYING);
+  const auto bus = handset::BusPtr::adopt(gst_element_get_bus(pipeline));
+  const auto types = static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR);
+  const auto end = handset::MessagePtr::adopt(gst_bus_timed_pop_filtered(bus.get(), 60 * GST_SECOND, types));
+  gst_element_set_state(pipeline, GST_STATE_NULL);
+  gst_object_unref(pipeline);
+  ASSERT_TRUE(end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS);
+  Source source;
+  handset::CameraServiceConfig config;
+  config.rear = "clip:" + path;
+  EXPECT_EQ(handset::resolve_source(config, CAMERA_UNIT_REAR, &source), 0);
+  ASSERT_FALSE(source.sizes.empty());
+  EXPECT_EQ(source.sizes[0].width, 1024U);
+  EXPECT_EQ(source.sizes[0].height, 576U);
+  std::remove(path.c_str());
 }
 
 TEST(CaptureErrors, AreReported) {
