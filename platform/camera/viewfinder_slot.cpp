@@ -2,6 +2,7 @@
 
 #include <map>
 #include <utility>
+#include <vector>
 
 namespace handset {
 
@@ -62,6 +63,15 @@ void ViewfinderSlot::set_hint(std::string text) {
   tell();
 }
 
+void ViewfinderSlot::set_trouble(std::string text) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (status_.trouble == text) return;
+    std::swap(status_.trouble, text);
+  }
+  tell();
+}
+
 void ViewfinderSlot::set_listener(std::function<void()> listener) {
   const std::lock_guard lock(listener_mutex_);
   listener_ = std::move(listener);
@@ -72,11 +82,35 @@ void ViewfinderSlot::tell() {
   if (listener_) listener_();
 }
 
+namespace {
+
+/// All slots by group and id.
+struct Slots {
+  std::mutex mutex;
+  std::map<std::string, std::weak_ptr<ViewfinderSlot>> by_name;
+};
+
+Slots& all_slots() {
+  static Slots* const slots = new Slots;  // never destroyed: a camera's thread may outlive main()
+  return *slots;
+}
+
+}  // namespace
+
+void set_trouble_everywhere(const std::string& text) {
+  std::vector<std::shared_ptr<ViewfinderSlot>> slots;
+  {
+    const std::lock_guard lock(all_slots().mutex);
+    for (const auto& [name, slot] : all_slots().by_name) slots.push_back(slot.lock());
+  }
+  for (const auto& slot : slots) {
+    if (slot) slot->set_trouble(text);
+  }
+}
+
 std::shared_ptr<ViewfinderSlot> viewfinder_slot(const std::string& group, const std::string& id) {
-  static std::mutex mutex;
-  static std::map<std::string, std::weak_ptr<ViewfinderSlot>> slots;
-  const std::lock_guard lock(mutex);
-  std::weak_ptr<ViewfinderSlot>& entry = slots[group + '\n' + id];
+  const std::lock_guard lock(all_slots().mutex);
+  std::weak_ptr<ViewfinderSlot>& entry = all_slots().by_name[group + '\n' + id];
   std::shared_ptr<ViewfinderSlot> slot = entry.lock();
   if (!slot) entry = slot = std::make_shared<ViewfinderSlot>();
   return slot;

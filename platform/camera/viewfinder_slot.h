@@ -17,6 +17,7 @@ struct ViewfinderStatus {
   int rotation = 0;           ///< of the viewfinder stream: degrees by which the picture is to be turned clockwise
   std::string notice;         ///< to stand over the picture, or where none is; empty for nothing
   std::string hint;           ///< to stand there for the first seconds of the picture
+  std::string trouble;        ///< why there is no camera's picture, until there is one; the user may try again
 };
 
 /// Where a camera posts its finished frames for the screen: keeps the newest one. A window that shows
@@ -35,6 +36,7 @@ class ViewfinderSlot {
   void set_rotation(int degrees);
   void set_notice(std::string text);
   void set_hint(std::string text);
+  void set_trouble(std::string text);
 
   /// Called after each change, on the thread that makes it; it must neither block nor call back
   /// into this slot. An empty function removes it; when this returns no call is under way.
@@ -51,6 +53,9 @@ class ViewfinderSlot {
   std::mutex listener_mutex_;
   std::function<void()> listener_;
 };
+
+/// Sets the trouble of every slot: a unit that cannot be opened does not know yet where it would be shown. Any thread.
+void set_trouble_everywhere(const std::string& text);
 
 /// The slot of a window group and id; camera and screen meet here whichever comes first. Any thread.
 std::shared_ptr<ViewfinderSlot> viewfinder_slot(const std::string& group, const std::string& id);

@@ -9,6 +9,7 @@
 
 #include "platform/camera/viewfinder_slot.h"
 #include "platform/cascades/orientation.h"
+#include "platform/cascades/stage.h"
 #include "platform/cascades/viewfinder_node.h"
 #include "platform/cascades/viewfinder_notice.h"
 #include "platform/cascades/viewfinder_picture.h"
@@ -202,6 +203,7 @@ void ForeignWindowControl::setWindowId(const QString& id) {
   if (producer_->slot) producer_->slot->set_listener({});
   set_bound(false);
   set_notice({});
+  set_trouble({});
   producer_->slot.reset();
   window_id_ = id;
   if (!id.isEmpty()) {
@@ -228,6 +230,7 @@ void ForeignWindowControl::follow() {
   if (!status.picture || status.cleared != producer_->seen.cleared) set_bound(false);
   producer_->seen = status;
   set_notice(QString::fromStdString(status.notice));
+  set_trouble(QString::fromStdString(status.trouble));
   if (status.picture && !bound_) {
     set_hint(QString::fromStdString(status.hint));
     set_bound(true);
@@ -260,6 +263,13 @@ void ForeignWindowControl::set_hint(const QString& text) {
   if (!text.isEmpty()) producer_->hint_timer.start();
   Q_EMIT hintChanged();
   update();
+}
+
+void ForeignWindowControl::set_trouble(const QString& text) {
+  if (trouble_ == text) return;
+  trouble_ = text;
+  handset::Stage::instance()->set_trouble(text);
+  Q_EMIT troubleChanged();
 }
 
 QSGNode* ForeignWindowControl::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {

@@ -106,6 +106,12 @@ void Stage::close_card(QObject* card) {
   Q_EMIT cardChanged();
 }
 
+void Stage::set_trouble(const QString& text) {
+  if (trouble_ == text) return;
+  trouble_ = text;
+  Q_EMIT troubleChanged();
+}
+
 void Stage::set_menu_open(bool open) {
   if (menu_open_ == open || (open && covered())) return;
   menu_open_ = open;

@@ -16,6 +16,7 @@ class Stage : public QObject {
   Q_PROPERTY(QObject* dialog READ dialog NOTIFY dialogChanged)
   Q_PROPERTY(QObject* sheet READ sheet NOTIFY sheetChanged)
   Q_PROPERTY(QObject* card READ card NOTIFY cardChanged)
+  Q_PROPERTY(QString trouble READ trouble NOTIFY troubleChanged)
   Q_PROPERTY(bool menuOpen READ menu_open WRITE set_menu_open NOTIFY menuOpenChanged)
 
  public:
@@ -44,6 +45,12 @@ class Stage : public QObject {
   void open_card(QObject* card);
   void close_card(QObject* card);
 
+  /// Why the scene does not show what it should; stays over scene and dialogs until it is taken away. Empty for none.
+  QString trouble() const { return trouble_; }
+  void set_trouble(const QString& text);
+  /// The user wants to try again.
+  Q_INVOKABLE void retry() { Q_EMIT retryRequested(); }
+
   /// The application menu is pulled down. It does not open under a sheet, a card or a dialog, and closes when one of
   /// them opens.
   bool menu_open() const { return menu_open_; }
@@ -58,6 +65,8 @@ class Stage : public QObject {
   void dialogChanged();
   void sheetChanged();
   void cardChanged();
+  void troubleChanged();
+  void retryRequested();
   void menuOpenChanged();
 
  private:
@@ -76,6 +85,7 @@ class Stage : public QObject {
   QList<QObject*> dialogs_;
   QList<QObject*> sheets_;
   QPointer<QObject> card_;
+  QString trouble_;
   bool menu_open_ = false;
 };
 

@@ -10,6 +10,8 @@ FocusScope {
     id: frame
 
     required property var dialog
+    // What lies over the upper edge.
+    property real topInset: 0
 
     readonly property string title: dialog ? dialog.title : ""
     readonly property string body: dialog ? dialog.body : ""
@@ -39,10 +41,11 @@ FocusScope {
     Rectangle {
         id: box
 
-        readonly property real textRoom: frame.height - 2 * Theme.spacingLarge - heading.height - buttons.height
+        readonly property real textRoom: frame.height - frame.topInset - 2 * Theme.spacingLarge - heading.height - buttons.height
                                          - 4 * Theme.spacingLarge
 
         anchors.centerIn: parent
+        anchors.verticalCenterOffset: frame.topInset / 2
         width: Math.min(620, parent.width - 2 * Theme.spacingLarge)
         height: column.height + 2 * Theme.spacingLarge
         radius: Theme.radius

@@ -1,7 +1,7 @@
 import QtQuick
 
 // The handset's display: the scene, and over it, from the lowest to the highest, the application menu, sheets, a card,
-// dialogs and toasts. The highest of them that is there has the keyboard.
+// dialogs, the reason why there is no picture, and toasts. The highest of them that is there has the keyboard.
 Rectangle {
     id: display
 
@@ -62,6 +62,14 @@ Rectangle {
         id: dialog
         anchors.fill: parent
         dialog: display.stage.dialog
+        topInset: trouble.visible ? trouble.y + trouble.height : 0
+    }
+
+    // No dialog hides it; sheets and cards have the camera's page covered.
+    TroubleStrip {
+        id: trouble
+        stage: display.stage
+        visible: opacity > 0 && !display.covered && !display.stage.menuOpen
     }
 
     Toast {
