@@ -16,7 +16,10 @@
 #include <vector>
 
 #include "platform/camera/camera_config.h"
+#include "platform/camera/camera_source.h"
+#include "platform/camera/camera_watch.h"
 #include "platform/camera/recorder.h"
+#include "platform/camera/reopen.h"
 #include "platform/camera/unit.h"
 #include "platform/device/profile.h"
 #include "platform/device/sandbox.h"
@@ -116,20 +119,26 @@ int list(const Value* values, std::size_t size, Count room, Count* supported, Va
   return 0;
 }
 
+handset::CameraServiceConfig current_config() {
+  Service& s = service();
+  const std::lock_guard lock(s.mutex);
+  if (!s.config) s.config = std::make_unique<handset::CameraServiceConfig>(handset::config_from_device_profile());
+  return *s.config;
+}
+
 /// Source and unit of a reserved unit number; 0 with `handle` set.
 int open_reserved(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle) {
   gst_init(nullptr, nullptr);
-  handset::CameraServiceConfig config;
-  {
-    Service& s = service();
-    const std::lock_guard lock(s.mutex);
-    if (!s.config) {
-      s.config = std::make_unique<handset::CameraServiceConfig>(handset::config_from_device_profile());
-    }
-    config = *s.config;
-  }
+  const handset::CameraServiceConfig config = current_config();
   handset::Source source;
-  if (const int error = handset::resolve_source(config, unit, &source)) return error;
+  if (const int error = handset::resolve_source(config, unit, &source)) {
+    if (source.trouble != handset::CameraTrouble::none) {
+      handset::set_trouble_everywhere(source.why);
+      const bool searching = source.trouble == handset::CameraTrouble::searching;
+      handset::miss_camera(unit, searching ? handset::Missing::searching : handset::Missing::not_opened, {});
+    }
+    return error;
+  }
   Service& s = service();
   const std::lock_guard lock(s.mutex);
   *handle = s.next_handle++;
@@ -175,6 +184,20 @@ void configure_camera_service(const CameraServiceConfig& config) {
   s.config = std::make_unique<CameraServiceConfig>(config);
 }
 
+std::string camera_candidate(camera_unit_t unit) {
+  return camera_candidate(current_config(), unit);
+}
+
+bool camera_may_be_replaced(camera_handle_t handle) {
+  const std::shared_ptr<CameraUnit> unit = find(handle);
+  return unit && unit->may_be_replaced();
+}
+
+void begin_camera_search() {
+  gst_init(nullptr, nullptr);
+  CameraWatch::instance();
+}
+
 int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics) {
   return with_unit(handle, 0, [&](CameraUnit& unit) {
     *statistics = unit.statistics();
@@ -211,6 +234,7 @@ int camera_close(camera_handle_t handle) {
     if (exchange) s.orphans.emplace(handle, exchange);
     s.open.erase(found);
   }
+  handset::forget_missed(unit->unit());
   stop_streams(*unit, exchange);
   release(unit->unit());
   return 0;

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/camera/camera.h"
@@ -31,6 +32,9 @@ struct CameraServiceConfig {
   bool stabilization = true;
   /// Bytes that a recording leaves free on its disk: it ends when there are fewer, and its file is completed there.
   std::uint64_t disk_margin = 16U * 1024 * 1024;
+  /// Starting a camera's viewfinder returns with the first picture, or with why there is none; else at once, and a
+  /// camera that gives no picture is tried again until it does. Sources that are no cameras are always waited for.
+  bool wait_for_picture = true;
   std::string memory_file;  ///< remembers which found camera is rear and which front; empty: not kept
 };
 
@@ -42,11 +46,23 @@ void configure_camera_service(const CameraServiceConfig& config);
 
 /// Ends of waits.
 namespace camera_timeouts {
-inline constexpr std::chrono::milliseconds first_frame{5000};  ///< a webcam may take seconds to warm up
-inline constexpr std::chrono::milliseconds stalled{1500};      ///< a running source without frames is gone
+inline constexpr std::chrono::milliseconds first_frame{5000};  ///< then the screen says that there is no picture
+inline constexpr std::chrono::milliseconds late_frame{15000};  ///< and then the start has failed
+inline constexpr std::chrono::milliseconds stalled{3000};      ///< a running source without frames is started anew
 inline constexpr std::chrono::milliseconds pair_return{1000};  ///< closing waits for the pair that is out
 inline constexpr std::chrono::milliseconds finalise{15000};    ///< completing a recording
 }  // namespace camera_timeouts
+
+/// Told that opening a unit anew is worth it: a camera was plugged in or has come back, or another one can take the
+/// place of one that fails. Told again every other second until that is done. Any thread; must not block, nor
+/// set the listener. An empty function removes it; when this returns no call is under way.
+void set_reopen_listener(std::function<void(camera_unit_t)> listener);
+
+/// Whether its unit would be given another camera, opened anew: this one has failed, and another one has not.
+bool camera_may_be_replaced(camera_handle_t handle);
+
+/// Begins to look for cameras, so that opening one need not wait for that. Any thread.
+void begin_camera_search();
 
 struct CameraStatistics {
   std::uint64_t arrived;   ///< frames that the source delivered

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 #include <thread>
 
 #include "platform/camera/camera_choice.h"
@@ -15,9 +16,14 @@ namespace {
 
 /// For servers that are slow when no camera is known yet.
 constexpr std::chrono::milliseconds further_wait{2000};
+constexpr std::chrono::milliseconds first_wait{1000};
+/// A window does not stand still for longer; it hears of the cameras later.
+constexpr std::chrono::milliseconds window_wait{80};
 /// Time to let go of a camera that was just closed.
 constexpr std::chrono::milliseconds letting_go{400};
 constexpr std::chrono::milliseconds question_limit{500};
+
+constexpr std::string_view named = "camera:";
 
 struct Memory {
   std::string rear, front;
@@ -88,14 +94,19 @@ Use use_of(const FoundCamera& camera) {
   return {};
 }
 
-Objection objection_to(const FoundCamera& camera) {
-  const Use use = use_of(camera);
-  if (use.used && !use.shared) return {CameraTrouble::busy, true, use.by};
+Objection past_failure(const FoundCamera& camera) {
   return {recent_camera_failure(camera.identity), false, ""};
 }
 
-void use_camera(FoundCamera camera, Source* source) {
-  if (use_of(camera).shared) {
+Objection objection_to(const FoundCamera& camera) {
+  const Use use = use_of(camera);
+  if (use.used && !use.shared) return {CameraTrouble::busy, true, use.by};
+  return past_failure(camera);
+}
+
+/// @param ask  the node may be asked, which takes its time
+void use_camera(FoundCamera camera, bool ask, Source* source) {
+  if (ask && use_of(camera).shared) {
     camera.direct = false;
     camera.modes = std::move(camera.other_modes);
   }
@@ -111,7 +122,7 @@ int fail(CameraTrouble trouble, const std::string& why, Source* source) {
   return error_of(trouble);
 }
 
-int resolve_named(const std::vector<FoundCamera>& cameras, const std::string& name, Source* source) {
+int resolve_named(const std::vector<FoundCamera>& cameras, const std::string& name, bool ask, Source* source) {
   int error = 0;
   const int index = find_by_name(cameras, name, &source->why, &error);
   if (index < 0) {
@@ -120,24 +131,36 @@ int resolve_named(const std::vector<FoundCamera>& cameras, const std::string& na
   }
   const FoundCamera& camera = cameras[static_cast<std::size_t>(index)];
   if (!camera.usable()) return fail(camera.trouble, camera.why, source);
-  const Objection against = objection_to(camera);
+  const Objection against = ask ? objection_to(camera) : Objection{};
   if (against.now) return fail(against.trouble, explain(against.trouble, camera.label, against.detail), source);
-  use_camera(camera, source);
+  use_camera(camera, ask, source);
   return 0;
+}
+
+/// What a role comes to among the cameras that there are.
+struct RoleChoice {
+  CameraRoles roles;
+  CameraChoice choice;
+};
+
+RoleChoice choose_for_role(camera_unit_t unit, const std::vector<FoundCamera>& cameras, const Memory& memory, bool ask) {
+  const CameraRoles roles = assign_roles(cameras, memory.rear, memory.front);
+  const bool front = unit == CAMERA_UNIT_FRONT;
+  return {roles, choose_camera(cameras, front ? roles.front : roles.rear,
+                               find_evicted(cameras, front ? memory.front : memory.rear),
+                               ask ? objection_to : past_failure)};
 }
 
 int resolve_role(const CameraServiceConfig& config, camera_unit_t unit, const std::vector<FoundCamera>& cameras,
                  Source* source) {
   const Memory memory = load_memory(config.memory_file);
-  const CameraRoles roles = assign_roles(cameras, memory.rear, memory.front);
-  const bool front = unit == CAMERA_UNIT_FRONT;
-  const CameraChoice choice = choose_camera(cameras, front ? roles.front : roles.rear,
-                                            find_evicted(cameras, front ? memory.front : memory.rear), objection_to);
+  const bool ask = config.wait_for_picture;
+  const auto [roles, choice] = choose_for_role(unit, cameras, memory, ask);
   if (choice.index < 0) return fail(choice.trouble, choice.why, source);
   remember(config, cameras, roles, memory);
   source->passed_over = choice.passed_over;
   if (!choice.passed_over.empty()) std::fprintf(stderr, "%s\n", choice.passed_over.c_str());
-  use_camera(cameras[static_cast<std::size_t>(choice.index)], source);
+  use_camera(cameras[static_cast<std::size_t>(choice.index)], ask, source);
   return 0;
 }
 
@@ -145,14 +168,32 @@ int resolve_role(const CameraServiceConfig& config, camera_unit_t unit, const st
 
 int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source) {
   CameraWatch& watch = CameraWatch::instance();
-  std::vector<FoundCamera> cameras = watch.cameras_now();
-  if (cameras.empty()) cameras = watch.cameras_now(further_wait);
-  if (!name.empty()) return resolve_named(cameras, name, source);
+  std::vector<FoundCamera> cameras = watch.cameras_now(config.wait_for_picture ? first_wait : window_wait);
+  if (cameras.empty() && config.wait_for_picture) cameras = watch.cameras_now(further_wait);
+  if (cameras.empty() && !watch.wait_first_scan(std::chrono::milliseconds(0))) {
+    return fail(CameraTrouble::searching, explain(CameraTrouble::searching, {}), source);
+  }
+  if (!name.empty()) return resolve_named(cameras, name, config.wait_for_picture, source);
   if (!cameras.empty()) return resolve_role(config, unit, cameras, source);
   std::fputs("no camera found, filming the built-in scene\n", stderr);
   use_scene(source);
   source->stands_in = true;
   return 0;
+}
+
+std::string camera_candidate(const CameraServiceConfig& config, camera_unit_t unit) {
+  const std::string& text = unit == CAMERA_UNIT_FRONT ? config.front : config.rear;
+  const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now(std::chrono::milliseconds(0));
+  int index = -1;
+  if (text == "auto") {
+    index = choose_for_role(unit, cameras, load_memory(config.memory_file), false).choice.index;
+  } else if (text.starts_with(named)) {
+    std::string complaint;
+    int error = 0;
+    index = find_by_name(cameras, text.substr(named.size()), &complaint, &error);
+  }
+  const FoundCamera* camera = index >= 0 ? &cameras[static_cast<std::size_t>(index)] : nullptr;
+  return camera != nullptr && camera->usable() ? camera->identity : "";
 }
 
 }  // namespace handset

@@ -12,6 +12,13 @@ namespace handset {
 /// in. After a failure `trouble` and `why` of the source are set, and one line on the error stream says the same. Waits
 /// up to three seconds for devices and servers that do not answer. Any thread.
 /// @return 0, or as resolve_source() says
+///
+/// Where the setup says that nobody waits for pictures, this does not either: no node is asked anything, and while the
+/// cameras are still being looked for it fails with CameraTrouble::searching.
 int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source);
+
+/// The identity of the camera that resolve_camera() would find now, as far as is known without asking; empty for none.
+/// Says nothing and remembers nothing. Any thread.
+std::string camera_candidate(const CameraServiceConfig& config, camera_unit_t unit);
 
 }  // namespace handset

@@ -25,6 +25,7 @@ Failures& failures() {
 const char* reason(CameraTrouble trouble) {
   switch (trouble) {
     case CameraTrouble::none:
+    case CameraTrouble::searching:
       break;
     case CameraTrouble::no_access:
       return "no access";
@@ -32,6 +33,8 @@ const char* reason(CameraTrouble trouble) {
       return "in use by another program";
     case CameraTrouble::no_picture:
       return "sends no picture";
+    case CameraTrouble::gone:
+      return "disconnected";
     case CameraTrouble::formats:
       return "only formats that cannot be shown";
   }
@@ -42,7 +45,8 @@ const char* reason(CameraTrouble trouble) {
 
 std::string explain(CameraTrouble trouble, const std::string& label, const std::string& detail) {
   if (trouble == CameraTrouble::none) return {};
-  return (label.empty() ? "camera" : label) + ": " + reason(trouble) + (detail.empty() ? "" : " (" + detail + ")");
+  if (trouble == CameraTrouble::searching) return "Looking for cameras";
+  return (label.empty() ? "Camera" : label) + ": " + reason(trouble) + (detail.empty() ? "" : " (" + detail + ")");
 }
 
 int error_of(CameraTrouble trouble) {
@@ -55,6 +59,9 @@ int error_of(CameraTrouble trouble) {
       return EBUSY;
     case CameraTrouble::no_picture:
       return EIO;
+    case CameraTrouble::gone:
+    case CameraTrouble::searching:
+      return ENODEV;
     case CameraTrouble::formats:
       return ENOTSUP;
   }

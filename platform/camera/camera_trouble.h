@@ -12,6 +12,8 @@ enum class CameraTrouble {
   no_access,   ///< its node may not be opened by this user
   busy,        ///< another program films with it
   no_picture,  ///< it does not answer, or sends nothing
+  gone,        ///< it was unplugged
+  searching,   ///< nobody knows yet which cameras there are
   formats,     ///< nothing that it offers can be shown
 };
 
@@ -20,7 +22,7 @@ enum class CameraTrouble {
 /// @return empty for `none`
 std::string explain(CameraTrouble trouble, const std::string& label, const std::string& detail = {});
 
-/// EACCES, EBUSY, EIO, ENOTSUP, in the order of the enumeration; 0 for `none`.
+/// The errno value of a trouble; 0 for `none`.
 int error_of(CameraTrouble trouble);
 
 /// How long a failure makes others preferred.

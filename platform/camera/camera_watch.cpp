@@ -145,6 +145,12 @@ std::vector<FoundCamera> CameraWatch::cameras_now(std::chrono::milliseconds limi
   return shared_->cameras;
 }
 
+bool CameraWatch::has(const std::string& identity) {
+  const std::lock_guard lock(shared_->mutex);
+  return std::any_of(shared_->cameras.begin(), shared_->cameras.end(),
+                     [&](const FoundCamera& camera) { return camera.identity == identity; });
+}
+
 bool CameraWatch::wait_first_scan(std::chrono::milliseconds limit) {
   std::unique_lock lock(shared_->mutex);
   return shared_->changed.wait_for(lock, limit, [this] { return shared_->scanned; });

@@ -18,6 +18,8 @@ class CameraWatch {
 
   /// The newest list. Waits for the first scan, up to `limit`, and then returns what is known. Any thread.
   std::vector<FoundCamera> cameras_now(std::chrono::milliseconds limit = std::chrono::seconds(1));
+  /// Whether the newest list has a camera. Any thread.
+  bool has(const std::string& identity);
   /// @return whether the first scan is through, PipeWire's answer included. Any thread.
   bool wait_first_scan(std::chrono::milliseconds limit);
   /// Looks again soon. Any thread.

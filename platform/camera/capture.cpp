@@ -30,10 +30,10 @@ Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsi
   return {x, x, y, y};
 }
 
-Capture::Capture(const Setup& setup, Deliver deliver) : setup_(setup), deliver_(std::move(deliver)) {}
+Capture::Capture(Setup setup, Deliver deliver) : setup_(std::move(setup)), deliver_(std::move(deliver)) {}
 
-std::unique_ptr<Capture> Capture::start(const Setup& setup, Deliver deliver, std::string* error) {
-  std::unique_ptr<Capture> capture(new Capture(setup, std::move(deliver)));
+std::unique_ptr<Capture> Capture::start(Setup setup, Deliver deliver, std::string* error) {
+  std::unique_ptr<Capture> capture(new Capture(std::move(setup), std::move(deliver)));
   if (!capture->build(error) || !capture->begin(error)) return nullptr;
   return capture;
 }
@@ -45,10 +45,13 @@ Capture::~Capture() {
 void Capture::stop() {
   if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
   taken_back(this);
+  std::shared_ptr<void> hold;
+  const std::lock_guard lock(mutex_);
+  std::swap(hold, setup_.hold);
 }
 
 bool Capture::build(std::string* error) {
-  ElementPtr source = make_source_element(*setup_.source, setup_.size, setup_.frame_rate, error);
+  ElementPtr source = make_source_element(*setup_.source, setup_.way, setup_.size, setup_.frame_rate, error);
   if (!source) return false;
   GError* problem = nullptr;
   const std::string caps = "video/x-raw,format=NV12,width=" + std::to_string(setup_.size.width) +

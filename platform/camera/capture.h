@@ -19,17 +19,19 @@ namespace handset {
 class Capture {
  public:
   struct Setup {
-    const Source* source;
+    std::shared_ptr<const Source> source;
     camera_res_t size;
     int frame_rate;
-    bool unpaced;  ///< a clip runs once, as fast as its frames are taken
+    bool unpaced;                        ///< a clip runs once, as fast as its frames are taken
+    int way = 0;                           ///< of Source::ways()
+    std::shared_ptr<void> hold = nullptr;  ///< let go of when the capture has stopped
   };
   /// Runs on the streaming thread; may block to slow an unpaced source.
   using Deliver = std::function<void(Frame)>;
 
   /// Builds and starts. Returns before the first frame.
   /// @return null with `error` filled when the pipeline cannot be built or refuses to start
-  static std::unique_ptr<Capture> start(const Setup& setup, Deliver deliver, std::string* error);
+  static std::unique_ptr<Capture> start(Setup setup, Deliver deliver, std::string* error);
   ~Capture();
 
   /// What poll() found.
@@ -60,11 +62,11 @@ class Capture {
   /// Frames that had to be copied because somebody upstream still read them.
   std::uint64_t copied() const { return copied_; }
 
-  /// Stops the streaming thread. deliver() must not be blocked any more.
+  /// Stops the streaming thread, and waits for the device. deliver() must not be blocked any more. Any thread.
   void stop();
 
  private:
-  Capture(const Setup& setup, Deliver deliver);
+  Capture(Setup setup, Deliver deliver);
 
   bool build(std::string* error);
   bool begin(std::string* error);
@@ -78,7 +80,7 @@ class Capture {
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);
 
-  const Setup setup_;
+  Setup setup_;
   const Deliver deliver_;
   ElementPtr pipeline_;
   ElementPtr crop_;

@@ -19,8 +19,8 @@ const char* decoder_of(CameraWay::Coding coding) {
 }
 
 /// The element that reads from the camera itself.
-ElementPtr make_head(const FoundCamera& camera) {
-  if (camera.direct) {
+ElementPtr make_head(const FoundCamera& camera, bool through_node) {
+  if (through_node) {
     GstElement* element = gst_element_factory_make("v4l2src", "device");
     // Its pictures bear the kernel's times, when they were taken: those of their arrival would jitter.
     if (element != nullptr) g_object_set(element, "device", camera.node.c_str(), nullptr);
@@ -77,9 +77,12 @@ std::string caps_of(const ChosenWay& choice, camera_res_t size) {
   return caps + ",framerate=[" + least + "," + exact + "]";
 }
 
-ElementPtr make_device_element(const FoundCamera& camera, camera_res_t size, int frame_rate, std::string* error) {
-  const CameraMode* mode = choose_mode(camera.modes, size, frame_rate);
-  const ElementPtr head = make_head(camera);
+ElementPtr make_device_element(const FoundCamera& camera, int way, camera_res_t size, int frame_rate,
+                               std::string* error) {
+  const bool through_node = camera.direct && way == 0;
+  const bool own_modes = through_node || !camera.direct || camera.other_modes.empty();
+  const CameraMode* mode = choose_mode(own_modes ? camera.modes : camera.other_modes, size, frame_rate);
+  const ElementPtr head = make_head(camera, through_node);
   if (!head || mode == nullptr) {
     *error = "the camera is gone";
     return {};

@@ -160,7 +160,8 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
                               "\" (auto, camera:NAME, scene, desktop, clip:FILE or gst:DESCRIPTION)");
 }
 
-ElementPtr make_source_element(const Source& source, camera_res_t size, int frame_rate, std::string* error) {
+ElementPtr make_source_element(const Source& source, int way, camera_res_t size, int frame_rate,
+                               std::string* error) {
   const std::string rate = "framerate=" + std::to_string(frame_rate) + "/1";
   switch (source.kind) {
     case Source::Kind::scene: {
@@ -175,7 +176,7 @@ ElementPtr make_source_element(const Source& source, camera_res_t size, int fram
       // A description may end in caps, which need something behind them.
       return parse_bin(source.argument + " ! identity silent=true", error);
     case Source::Kind::device:
-      return make_device_element(source.camera, size, frame_rate, error);
+      return make_device_element(source.camera, way, size, frame_rate, error);
     case Source::Kind::cast:
       // Screens have no rate: they bring a picture when something has changed, up to as often as they are drawn. The
       // last one is repeated, so that a film of a still screen ends where its recording does.

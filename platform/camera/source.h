@@ -24,6 +24,11 @@ struct Source {
   CameraTrouble trouble = CameraTrouble::none;  ///< why a camera cannot be used: set where resolve_source() fails
   std::string why;                              ///< the same in one sentence, for the screen
 
+  /// In how many ways its device can be reached, the best one first.
+  int ways() const { return kind == Kind::device && camera.direct && camera.device ? 2 : 1; }
+  /// What no other capture of this process may hold at the same time; empty: nothing.
+  const std::string& device_name() const { return camera.identity; }
+
   bool is_clip() const { return kind == Kind::clip; }
   /// Shown whole: what lies at the edges of a screen matters as much as its middle.
   bool is_screen() const { return kind == Kind::x11 || kind == Kind::cast; }
@@ -48,6 +53,7 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
 /// Builds the head of the capture pipeline: an element with one raw-video source pad that delivers
 /// upright pictures, of the asked size where the source can choose.
 /// @param error  receives the reason when the result is empty
-ElementPtr make_source_element(const Source& source, camera_res_t size, int frame_rate, std::string* error);
+/// @param way  which of Source::ways()
+ElementPtr make_source_element(const Source& source, int way, camera_res_t size, int frame_rate, std::string* error);
 
 }  // namespace handset

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdarg>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "platform/camera/camera.h"
 #include "platform/camera/camera_config.h"
+#include "platform/camera/camera_trouble.h"
 #include "platform/camera/capture.h"
 #include "platform/camera/frame_exchange.h"
 #include "platform/camera/recorder.h"
@@ -32,7 +34,9 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   camera_unit_t unit() const { return unit_; }
   std::uint32_t mode() const { return mode_; }
   bool has_feature(int feature) const;
-  const std::vector<camera_res_t>& sizes() const { return source_.sizes; }
+  /// Opened anew, the unit would be given another camera. Any thread.
+  bool may_be_replaced() const;
+  const std::vector<camera_res_t>& sizes() const { return source_->sizes; }
 
   enum class Stream { viewfinder, video };
   int set_properties(Stream stream, int property, std::va_list* values);
@@ -57,8 +61,20 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   CameraStatistics statistics() const;
 
  private:
-  /// Set when a run of the viewfinder is to end; each run has its own, since a callback may start the next one.
-  using StopFlag = std::shared_ptr<std::atomic<bool>>;
+  /// One run of the viewfinder, from its start to its stop. A callback may start the next one before this one is over.
+  struct Run {
+    std::atomic<bool> stop{false};
+    std::mutex mutex;  ///< guards the rest
+    std::condition_variable changed;
+    bool settled = false;  ///< the first picture is there, or the start has failed
+    int error = 0;
+  };
+  using RunPtr = std::shared_ptr<Run>;
+  /// Why there is no picture, for the screen and the error stream.
+  struct Reason {
+    CameraTrouble trouble = CameraTrouble::none;
+    std::string text;
+  };
   /// What is found out beside the running viewfinder, for the first recording.
   struct Preparation {
     std::mutex mutex;  ///< guards the rest
@@ -73,26 +89,42 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   };
 
   int check_start(camera_res_t* size) const;
-  int launch(camera_res_t size, int frame_rate);
-  void prepare(camera_res_t size, int frame_rate);
+  void begin_feed(void* arg, camera_viewfinder_callback_t frame_callback, camera_status_callback_t status_callback);
+  bool waits_for_picture() const;
+  void prepare();
   bool wait_prepared(bool* sound) const;
   std::string microphone_for_recording() const;
-  void notify(const std::string& text);
   void end_feed();
   void publish(const Frame& frame);
   void call_with_descriptor(const Client& client, const Frame& frame) const;
-  void serve(const StopFlag& stop);
-  void revoke(const std::string& why, const StopFlag& stop);
-  void finish_clip(const StopFlag& stop);
+
+  // The service thread: unit_service.cpp.
+  void serve(const RunPtr& run);
+  bool bring_up(const RunPtr& run);
+  int launch(const Run& run, Reason* reason);
+  int launch_way(const Run& run, int way, Reason* reason);
+  bool is_lost(Capture::Event event, const Capture& capture, Reason* reason);
+  bool restart(const Run& run, Reason* reason);
+  bool wait_to_retry(const Run& run, const Reason& reason);
+  Reason diagnose(const std::string& why) const;
+  void complain(const Reason& reason);
+  void settle(Run& run, int error);
+  void take_picture_up(const std::shared_ptr<Capture>& capture);
+  bool is_present() const;
+  void revoke(const Reason& reason, const Run& run);
+  void finish_clip(const Run& run);
+
   void report_recording_error();
   void apply_look();
   std::shared_ptr<Recorder> recorder() const;
+  std::shared_ptr<Capture> capture() const;
+  void with_slot(const std::function<void(ViewfinderSlot&)>& change);
   void end_recording();
 
   const camera_handle_t handle_;
   const camera_unit_t unit_;
   const std::uint32_t mode_;
-  const Source source_;
+  const std::shared_ptr<const Source> source_;
   const CameraServiceConfig config_;
   const bool unpaced_;
 
@@ -104,13 +136,13 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   mutable std::mutex state_mutex_;
   StreamProperties viewfinder_;
   StreamProperties video_;
-  std::shared_ptr<Capture> capture_;
+  RunPtr run_;                        ///< null while no viewfinder was started
+  std::shared_ptr<Capture> capture_;  ///< null while it has no picture yet
   std::shared_ptr<FrameExchange> exchange_;
   std::shared_ptr<ViewfinderFeed> feed_;
   std::shared_ptr<Recorder> recorder_;
   std::shared_ptr<Recorder> finished_;  ///< the last recording, for its figures
   std::shared_ptr<Preparation> preparation_;
-  StopFlag stop_;  ///< of the current run
   Client viewfinder_client_;
   Client video_client_;
   camera_scenemode_t scene_ = CAMERA_SCENE_AUTO;

@@ -39,11 +39,16 @@ std::string end_notice(int error) {
 
 /// Proves an encoder and looks for a microphone, which the first recording should not have to wait for. On a thread
 /// that nobody joins: a sound server that does not answer holds it up for half a minute.
-void CameraUnit::prepare(camera_res_t size, int frame_rate) {
+void CameraUnit::prepare() {
   const auto preparation = std::make_shared<Preparation>();
+  camera_res_t size{};
+  int frame_rate = 0;
   {
     const std::lock_guard lock(state_mutex_);
+    if (preparation_) return;  // a source that was started anew
     preparation_ = preparation;
+    size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
+    frame_rate = viewfinder_.frame_rate;
   }
   const std::string microphone = unpaced_ || audio_encoder_description().empty() ? "none" : config_.microphone;
   std::thread([preparation, size, frame_rate, microphone] {
@@ -86,8 +91,8 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
   std::shared_ptr<Capture> capture;
   {
     const std::lock_guard lock(state_mutex_);
-    if (capture_ == nullptr) return EINVAL;
-    if (lost_) return EIO;
+    if (run_ == nullptr) return EINVAL;
+    if (lost_ || capture_ == nullptr) return EIO;
     if (recorder_ != nullptr) return EALREADY;
     capture = capture_;
   }
@@ -105,12 +110,12 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
     setup.rate_numerator = 30;
     setup.rate_denominator = 1;
   }
-  notify({});
-  const auto recorder = std::make_shared<Recorder>(setup, [this, capture](int error) {
-    notify(end_notice(error));
+  with_slot([](ViewfinderSlot& slot) { slot.set_notice({}); });
+  const auto recorder = std::make_shared<Recorder>(setup, [this](int error) {
+    with_slot([&](ViewfinderSlot& slot) { slot.set_notice(end_notice(error)); });
     // Told to the client by the service thread: there it may stop the recording or close the camera.
     recording_error_ = error;
-    capture->wake();
+    if (const auto running = this->capture()) running->wake();
   });
   {
     const std::lock_guard lock(state_mutex_);

@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/camera/camera_node.h"
+
 namespace handset {
 namespace {
 
@@ -118,7 +120,8 @@ void set_trouble(FoundCamera* camera, CameraTrouble trouble, const std::string& 
 
 void judge_error(FoundCamera* camera, int error) {
   if (error == EACCES || error == EPERM) {
-    set_trouble(camera, CameraTrouble::no_access, camera->node + ": " + std::strerror(error));
+    const std::string advice = access_advice(camera->node);
+    set_trouble(camera, CameraTrouble::no_access, advice.empty() ? camera->node + ": " + std::strerror(error) : advice);
   } else if (error == EBUSY) {
     set_trouble(camera, CameraTrouble::busy, "");
   } else if (error == ETIMEDOUT) {

@@ -42,13 +42,18 @@ Pixel centre_of(const Frame& frame) {
   return pixel;
 }
 
+/// Lent to a capture that does not outlive it.
+std::shared_ptr<const Source> lend(const Source& source) {
+  return {std::shared_ptr<const Source>(), &source};
+}
+
 /// The first frame that a source gives at a size.
 Frame first_frame(const Source& source, camera_res_t size) {
   std::mutex mutex;
   Frame first;
   std::string error;
   auto capture = Capture::start(
-      {&source, size, 30, false},
+      {lend(source), size, 30, false},
       [&](Frame frame) {
         const std::lock_guard lock(mutex);
         if (!first) first = std::move(frame);
@@ -225,13 +230,13 @@ TEST(CaptureErrors, AreReported) {
   std::string error;
   const Source nonsense = custom("no-such-element ! identity");
   EXPECT_EQ(Capture::start(
-                {&nonsense, {320, 240}, 30, false}, [](Frame) {}, &error),
+                {lend(nonsense), {320, 240}, 30, false}, [](Frame) {}, &error),
             nullptr);
   EXPECT_NE(error, "");
 
   const Source failing = custom("videotestsrc is-live=true ! identity error-after=5");
   auto capture = Capture::start(
-      {&failing, {320, 240}, 30, false}, [](Frame) {}, &error);
+      {lend(failing), {320, 240}, 30, false}, [](Frame) {}, &error);
   ASSERT_NE(capture, nullptr);
   Capture::Event event = Capture::Event::none;
   for (int i = 0; i < 100 && event == Capture::Event::none; ++i) event = capture->poll(std::chrono::milliseconds(50));

@@ -28,6 +28,8 @@ namespace record {
 namespace {
 
 constexpr int turn_ms = 100;
+constexpr int another_camera = 2;  ///< the one that was tried does not start, and there is another one
+constexpr int most_cameras = 8;    ///< that are tried
 
 sigset_t stop_signals() {
   sigset_t set;
@@ -57,6 +59,13 @@ int complain(const char* what, const std::string& detail, int error) {
   std::fprintf(stderr, "morvane-record: %s%s%s: %s\n", what, detail.empty() ? "" : " ", detail.c_str(),
                std::strerror(error));
   return 1;
+}
+
+/// Of errors that the camera service has not explained already.
+int complain_of_camera(const char* what, int error) {
+  const bool explained = error == EACCES || error == EIO || error == ETIMEDOUT || error == ENODEV || error == ENOTSUP ||
+                         error == ENOENT || error == EINVAL;
+  return explained ? 1 : complain(what, "", error);
 }
 
 /// News from the camera service's threads.
@@ -107,6 +116,28 @@ void choose_effect(const Options& options) {
   changeFilterColor(options.tolerance);
 }
 
+/// Opens and starts the camera that the service gives. What is wrong with a source the service says.
+/// @return 0, 1 with everything said, or another_camera
+int open_and_start(const Options& options, Camera* camera, News* news, camera_res_t* size) {
+  if (const int error = camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle)) {
+    camera->handle = CAMERA_HANDLE_INVALID;
+    return complain_of_camera("cannot open the camera", error);
+  }
+  *size = choose_size(options, camera->handle);
+  const int width = static_cast<int>(size->width);
+  const int height = static_cast<int>(size->height);
+  int error = camera_set_video_property(camera->handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height,
+                                        CAMERA_IMGPROP_END);
+  if (error == 0) {
+    error = camera_set_vf_property(camera->handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height,
+                                   CAMERA_IMGPROP_END);
+  }
+  if (error != 0) return complain("cannot set the camera up", "", error);
+  error = camera_start_video_viewfinder(camera->handle, nullptr, on_status, news);
+  if (error == 0) return 0;
+  return handset::camera_may_be_replaced(camera->handle) ? another_camera : complain_of_camera("cannot start the camera", error);
+}
+
 int start_camera(const Options& options, Camera* camera, News* news, Stamp* stamp) {
   handset::CameraServiceConfig config = handset::config_from_device_profile();
   config.rear = options.source;
@@ -115,24 +146,17 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
   handset::configure_camera_service(config);
   handset::set_long_wait(wait_for_user);
 
-  if (const int error = camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle)) {
-    camera->handle = CAMERA_HANDLE_INVALID;
-    // What is wrong with a source the camera service has said.
-    return error == EBUSY ? complain("cannot open the camera", "", error) : 1;
+  camera_res_t size{};
+  int error = open_and_start(options, camera, news, &size);
+  // Where there is another camera, that one is opened now.
+  for (int tries = 0; error == another_camera && tries < most_cameras; ++tries) {
+    camera_close(camera->handle);
+    error = open_and_start(options, camera, news, &size);
   }
+  if (error != 0) return 1;
   const camera_handle_t handle = camera->handle;
-  const camera_res_t size = choose_size(options, handle);
   const int width = static_cast<int>(size.width);
   const int height = static_cast<int>(size.height);
-  int error =
-      camera_set_video_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height, CAMERA_IMGPROP_END);
-  if (error == 0) {
-    error =
-        camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, width, CAMERA_IMGPROP_HEIGHT, height, CAMERA_IMGPROP_END);
-  }
-  if (error == 0) error = camera_start_video_viewfinder(handle, nullptr, on_status, news);
-  if (error == EIO || error == ETIMEDOUT) return 1;  // as above
-  if (error != 0) return complain("cannot start the camera", "", error);
   _screen_wid = width;
   _screen_hi = height;
   choose_effect(options);

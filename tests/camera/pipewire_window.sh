@@ -1,0 +1,34 @@
+#!/bin/bash
+# The window follows PipeWire's cameras: one that comes while there is none, one that goes, one that comes back.
+# Usage: pipewire_window.sh MORVANE
+program=$1
+. "$(dirname "$0")/pipewire_session.sh"
+
+start_camera() {
+  start_pictures fakecam format=YUY2,width=640,height=480,framerate=30/1,colorimetry=bt601 \
+    media.class=Video/Source,media.role=Camera
+}
+
+# at_least N TEXT: the program has written it so often
+at_least() { [ "$(grep -c "$2" "$dir/window.log")" -ge "$1" ]; }
+
+"$program" >"$dir/window.log" 2>&1 &
+window=$!
+jobs+=("$window")
+soon at_least 1 onWindowAttached || fail "no picture"
+at_least 1 'no camera found, filming the built-in scene' || fail "a scene that nobody is told of"
+
+start_camera
+soon at_least 1 'Selecting resolution 640 x 480' || fail "a camera that appears is not opened"
+soon at_least 2 onWindowAttached || fail "the camera that appeared shows nothing"
+
+kill -9 "$pictures"
+soon at_least 1 'Resource are being revoked!' || fail "the loss is not noticed"
+sleep 2
+at_least 2 'filming the built-in scene' && fail "a scene in place of a camera that was there"
+
+start_camera
+soon at_least 2 'Selecting resolution 640 x 480' || fail "a camera that comes back is not opened"
+soon at_least 3 onWindowAttached || fail "the camera that came back shows nothing"
+kill -TERM "$window"
+wait "$window" || fail "SIGTERM ended it with $?"
