@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "app/tarnelapp.h"
+#include "platform/camera/camera_config.h"
 #include "platform/cascades/single_instance.h"
 #include "platform/device/sandbox.h"
 
@@ -15,6 +16,12 @@ int main(int argc, char** argv) {
     return EXIT_FAILURE;
   }
   if (enter_sandbox(package) != 0) return EXIT_FAILURE;
+
+  // While the window is made ready, cameras are looked for; and it does not stand still for one that starts slowly.
+  handset::CameraServiceConfig cameras = handset::config_from_device_profile();
+  cameras.wait_for_picture = false;
+  handset::configure_camera_service(cameras);
+  handset::begin_camera_search();
 
   // Given up last: whoever starts next must find camera, film and preferences free.
   std::unique_ptr<handset::SingleInstance> place;

@@ -12,8 +12,10 @@
 #include "engine/overlay.h"
 #include "engine/overlay_loader.h"
 #include "engine/stamp.h"
+#include "platform/camera/camera_config.h"
 #include "platform/cascades/animation.h"
 #include "platform/cascades/qml_document.h"
+#include "platform/cascades/stage.h"
 #include "platform/device/info.h"
 #include "social/invite_to_download.h"
 #include "social/registration_handler.h"
@@ -93,10 +95,12 @@ tarnelApp::tarnelApp(cascades::Application* app) : QObject(app), mModel(new casc
   QTimer::singleShot(late_start_ms, this, &tarnelApp::bbmFinishRegister);
   _busy = false;
   if (_major_error) QTimer::singleShot(late_start_ms, this, &tarnelApp::showError);
+  follow_cameras();
 }
 
 // The camera is stopped after everything that it could still call for, and before the window that it posts to is gone.
 tarnelApp::~tarnelApp() {
+  handset::set_reopen_listener({});
   free_logo_image();
   free_datetime_image();
   delete_and_clear(mRegistrationHandler);
@@ -176,6 +180,15 @@ void tarnelApp::create_viewfinder_window(QSize display) {
   }
   mViewfinderWindow->setUpdatedProperties(followed_properties);
   connect(mViewfinderWindow, &cascades::ForeignWindowControl::windowAttached, this, &tarnelApp::onWindowAttached);
+}
+
+/// Cameras come back, and come anew; and the user may want to try again.
+void tarnelApp::follow_cameras() {
+  connect(handset::Stage::instance(), &handset::Stage::retryRequested, this, &tarnelApp::reopen_camera);
+  handset::set_reopen_listener([this](camera_unit_t unit) {
+    QMetaObject::invokeMethod(
+        this, [this, unit] { if (unit == mCameraUnit) reopen_camera(); }, Qt::QueuedConnection);
+  });
 }
 
 void tarnelApp::load_main_screen() {

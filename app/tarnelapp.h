@@ -148,6 +148,12 @@ class tarnelApp : public QObject {
   int createViewfinder(camera_unit_t unit, const QString& group, const QString& id);
   void turnon_stabilization();
   void choose_mode_row(int row);
+  /// The camera service's news of the running viewfinder: what the filter thread has to know of it first, then what the
+  /// page shows. `arg` is not used. Any thread but the filter thread.
+  static void status_callback(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg);
+  /// Closes the camera and opens the one that there is now, with the light and the overlay as they were. Not during a
+  /// recording, a film, or while the screen is the camera.
+  void reopen_camera();
   // rotation_slots.cpp
   void querySupportedRotations();
   void updateAngles(int displayDirection);
@@ -238,6 +244,7 @@ class tarnelApp : public QObject {
   bb::cascades::Menu* create_application_menu();
   void create_screenshot_action();
   void create_viewfinder_window(QSize display);
+  void follow_cameras();
   void load_main_screen();
   void find_controls();
   void place_viewfinder();

@@ -1,3 +1,4 @@
+#include <QCoreApplication>
 #include <QDebug>
 #include <cerrno>
 #include <cstdio>
@@ -76,7 +77,7 @@ int start_streams(camera_handle_t handle, const camera_res_t& size, const QByteA
                                              id.constData(), CAMERA_IMGPROP_END);
   if (refused != CAMERA_EOK) return refused;
   std::fputs("viewfinder configured\n", stderr);
-  const int failed = camera_start_video_viewfinder(handle, nullptr, filter_status_callback, status_argument);
+  const int failed = camera_start_video_viewfinder(handle, nullptr, tarnelApp::status_callback, status_argument);
   if (failed == CAMERA_EOK) std::fputs("viewfinder started", stderr);
   return failed;
 }
@@ -158,6 +159,32 @@ void tarnelApp::onStopCamera() {
   camera_close(mCameraHandle);
   mCameraHandle = CAMERA_HANDLE_INVALID;
   if (mVideoFd != -1) end_recording();
+}
+
+void tarnelApp::status_callback(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg) {
+  filter_status_callback(handle, status, extra, arg);
+  if (status != CAMERA_STATUS_RESOURCES_REVOKED) return;
+  // The film is complete: clock and stop button are not to go on without one.
+  QMetaObject::invokeMethod(
+      QCoreApplication::instance(),
+      [handle] {
+        auto* const app = QCoreApplication::instance()->findChild<tarnelApp*>(QString(), Qt::FindDirectChildrenOnly);
+        if (app && app->mCameraHandle == handle && app->mVideoFd != -1) app->end_recording();
+      },
+      Qt::QueuedConnection);
+}
+
+void tarnelApp::reopen_camera() {
+  const auto* const film = control<Container>("videoContainer");
+  const bool film_is_shown = film && film->isVisible();
+  if (mVideoFd != -1 || film_is_shown || mCameraUnit == CAMERA_UNIT_DESKTOP) return;
+  const bool light_was_on = mLightOn;
+  suspend_overlay();
+  if (mCameraUnit == CAMERA_UNIT_REAR && mLightOn) handleFlashLightAction();
+  onStopCamera();
+  restartCamera();
+  if (mSettings.overlayPath[0] != '\0') load_logo(mSettings.overlayPath);
+  if (light_was_on && !mLightOn) handleFlashLightAction();
 }
 
 void tarnelApp::restartCamera() {

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/camera/camera_config.h"
 #include "platform/camera/viewfinder_slot.h"
 
 namespace {
@@ -51,6 +52,7 @@ struct state_s {
 std::mutex mutex;  // guards the following; nothing is called while it is held
 std::condition_variable changed;
 state_s now;
+std::function<void(camera_unit_t)> reopen_listener;
 camera_handle_t last_handle = 6;  // handles are never used again
 
 int scripted_result(const std::string& line) {
@@ -184,6 +186,13 @@ void revoke() {
   lock.unlock();
   if (!callback) return;
   std::thread([=] { callback(handle, CAMERA_STATUS_RESOURCES_REVOKED, 0, argument); }).join();
+}
+
+void offer(camera_unit_t unit) {
+  std::unique_lock lock(mutex);
+  const auto listener = reopen_listener;
+  lock.unlock();
+  if (listener) listener(unit);
 }
 
 void post_frame() {
@@ -441,3 +450,12 @@ int camera_start_video(camera_handle_t handle, const char* filename, camera_view
 int camera_stop_video(camera_handle_t handle) {
   return call(handle, "stop_video");
 }
+
+namespace handset {
+
+void set_reopen_listener(std::function<void(camera_unit_t)> listener) {
+  const std::lock_guard lock(mutex);
+  reopen_listener = std::move(listener);
+}
+
+}  // namespace handset

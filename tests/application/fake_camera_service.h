@@ -50,6 +50,9 @@ void on_call(const std::string& call, std::function<void()> action);
 /// Takes the camera's resources away: calls the status callback on a thread of its own and returns when it has.
 void revoke();
 
+/// Tells the application that a unit is worth being opened anew, as the service does for a camera that comes back.
+void offer(camera_unit_t unit);
+
 /// Posts a picture to the viewfinder that is running, as the camera does for every frame.
 void post_frame();
 /// Announces a frame for editing; 0, or the errno value of the pulse. Its luma and chroma are 128.

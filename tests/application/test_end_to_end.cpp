@@ -257,7 +257,7 @@ TEST_F(EndToEnd, ALostCameraLeavesANoticeAndAFilmAndIsFoundAgain) {
   ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
   finger::type(Qt::Key_R);
   ASSERT_NE(app->mVideoFd, -1);
-  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->notice() == "camera disconnected"; }));
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->trouble() == "Camera: disconnected"; }));
   EXPECT_FALSE(app->mViewfinderWindow->isBound());
   keep_picture("disconnected.png");
   finger::type(Qt::Key_R);
@@ -273,7 +273,7 @@ TEST_F(EndToEnd, ALostCameraLeavesANoticeAndAFilmAndIsFoundAgain) {
   app->onStopCamera();
   app->restartCamera();
   EXPECT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
-  EXPECT_EQ(app->mViewfinderWindow->notice(), "");
+  EXPECT_EQ(app->mViewfinderWindow->trouble(), "");
   EXPECT_EQ(app->mCameraUnit, CAMERA_UNIT_FRONT);
   app.reset();
   handset::configure_camera_service(before);
@@ -350,7 +350,7 @@ TEST_F(EndToEnd, APortalIsWaitedForByAWindowThatLives) {
   ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->isBound(); }));
   finger::type(Qt::Key_R);
   ASSERT_NE(app->mVideoFd, -1);
-  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->notice() == "camera disconnected"; }));
+  ASSERT_TRUE(run_until([&] { return app->mViewfinderWindow->trouble() == "Camera: disconnected"; }));
   tap_control("screenrecord_img");
   EXPECT_EQ(app->mVideoFd, -1);
   const film::Film film = film::play(app->mSettings.lastVideoPath);

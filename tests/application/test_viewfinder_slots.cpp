@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <QTimer>
+
 #include <cerrno>
 #include <cstring>
 
@@ -239,6 +241,50 @@ TEST_F(ViewfinderSlots, RevocationDuringTheStartAndAfterIt) {
   EXPECT_EQ(create(CAMERA_UNIT_REAR), 0);
   EXPECT_EQ(fake_camera::announce(), 0);
   EXPECT_TRUE(fake_camera::wait_returned(1));
+}
+
+TEST_F(ViewfinderSlots, ALostCameraEndsTheRecordingOnThePageAndIsOpenedWhenItComesBack) {
+  fake_camera::unit(CAMERA_UNIT_REAR).features.insert(CAMERA_FEATURE_VIDEOLIGHT);
+  start();
+  app->onStartStopRecording();
+  app->handleFlashLightAction();
+  ASSERT_TRUE(app->mLightOn);
+  fake_camera::clear_journal();
+  fake_camera::offer(CAMERA_UNIT_REAR);
+  wait_for(50);
+  EXPECT_THAT(fake_camera::commands(), ElementsAre()) << "a recording is not cut short for a better camera";
+
+  errors_of([] { fake_camera::revoke(); });
+  EXPECT_TRUE(wait_until([this] { return app->mVideoFd == -1; }));
+  EXPECT_THAT(fake_camera::commands(), Contains("stop_video"));
+  EXPECT_FALSE(on_page<Container>("RecordContainer").isVisible());
+  EXPECT_FALSE(app->mRecordTimer->isActive());
+  app->handleFlashLightAction();
+  fake_camera::clear_journal();
+  fake_camera::offer(CAMERA_UNIT_FRONT);
+  fake_camera::offer(CAMERA_UNIT_REAR);
+  errors_of([this] { EXPECT_TRUE(wait_until([] { return fake_camera::is_open() && fake_camera::commands().size() > 8; })); });
+  const std::vector<std::string> calls = fake_camera::commands();
+  EXPECT_THAT(calls, testing::IsSupersetOf({"light 0", "close", "open 2 31", "light 1"}));
+  EXPECT_THAT(calls, Not(Contains("open 1 31")));
+  EXPECT_TRUE(app->mLightOn);
+  EXPECT_EQ(app->mVideoFd, -1) << "never resumed";
+}
+
+TEST_F(ViewfinderSlots, NoCameraIsOpenedBehindAFilm) {
+  fake_camera::answer("open 2", {ENODEV});
+  errors_of([this] { start(); });
+  ASSERT_EQ(app->mCameraHandle, CAMERA_HANDLE_INVALID);
+  on_page<Container>("videoContainer").setVisible(true);
+  fake_camera::clear_journal();
+  fake_camera::offer(CAMERA_UNIT_REAR);
+  wait_for(50);
+  EXPECT_THAT(fake_camera::journal(), ElementsAre());
+  on_page<Container>("videoContainer").setVisible(false);
+  errors_of([this] {
+    fake_camera::offer(CAMERA_UNIT_REAR);
+    EXPECT_TRUE(wait_until([this] { return app->mCameraHandle != CAMERA_HANDLE_INVALID; }));
+  });
 }
 
 TEST_F(ViewfinderSlots, RestartingOpensTheUnitThatWasUsed) {
