@@ -165,6 +165,7 @@ CameraServiceConfig config_from_device_profile() {
   config.microphone = profile.microphone;
   config.video_light = profile.video_light;
   config.stabilization = profile.stabilization;
+  config.controls_folder = user_dirs().state + "/morvane/controls";
   config.memory_file = user_dirs().data + "/morvane/cameras";
   return config;
 }
@@ -173,6 +174,11 @@ void configure_camera_service(const CameraServiceConfig& config) {
   Service& s = service();
   const std::lock_guard lock(s.mutex);
   s.config = std::make_unique<CameraServiceConfig>(config);
+}
+
+bool camera_light_is_lamp(camera_handle_t handle) {
+  const std::shared_ptr<CameraUnit> unit = find(handle);
+  return unit && unit->light_is_lamp();
 }
 
 int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics) {

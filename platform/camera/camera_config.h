@@ -29,6 +29,9 @@ struct CameraServiceConfig {
   bool stabilization = true;
   /// Bytes that a recording leaves free on its disk: it ends when there are fewer, and its file is completed there.
   std::uint64_t disk_margin = 16U * 1024 * 1024;
+  /// Remembers how cameras' own controls were found while they are changed; empty: not kept. Cameras are told apart in
+  /// it.
+  std::string controls_folder;
   std::string memory_file;  ///< remembers which found camera is rear and which front; empty: not kept
 };
 
@@ -43,6 +46,7 @@ namespace camera_timeouts {
 inline constexpr std::chrono::milliseconds first_frame{5000};  ///< a webcam may take seconds to warm up
 inline constexpr std::chrono::milliseconds stalled{1500};      ///< a running source without frames is gone
 inline constexpr std::chrono::milliseconds pair_return{1000};  ///< closing waits for the pair that is out
+inline constexpr std::chrono::milliseconds put_back{1000};     ///< closing waits for the camera's controls
 inline constexpr std::chrono::milliseconds finalise{15000};    ///< completing a recording
 }  // namespace camera_timeouts
 
@@ -54,6 +58,10 @@ struct CameraStatistics {
   std::uint64_t not_recorded;  ///< frames that it dropped because the encoder was behind
   std::int64_t recorded_ns;    ///< length of that recording so far
 };
+
+/// What CAMERA_FEATURE_VIDEOLIGHT is here: a lamp of the camera's, or else a brighter picture. Known once the
+/// viewfinder has run for a moment, and a brighter picture until then. Any thread.
+bool camera_light_is_lamp(camera_handle_t handle);
 
 /// @return EBADF for a handle that is not open
 int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics);

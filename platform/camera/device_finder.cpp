@@ -122,8 +122,8 @@ std::vector<FoundCamera> find_cameras() {
     std::vector<CameraMode> modes = camera_modes(caps.get());
     if (modes.empty()) continue;
     GstStructure* properties = gst_device_get_properties(device.get());
-    FoundCamera camera{identity_of(properties, label.get()), label.get(), std::move(device), std::move(modes)};
     const std::string path = device_path(properties);
+    FoundCamera camera{identity_of(properties, label.get()), label.get(), std::move(device), std::move(modes), path};
     const bool v4l2 = text_of(properties, "device.api") == "v4l2" && !gst_structure_has_field(properties, "node.name");
     if (properties != nullptr) gst_structure_free(properties);
     // V4L2's own view of a device is nearer to it than PipeWire's.

@@ -24,6 +24,7 @@ struct FoundCamera {
   std::string label;     ///< for people
   ObjectPtr<GstDevice> device;
   std::vector<CameraMode> modes;  ///< largest first, each at 10 frames per second or more
+  std::string node;               ///< "/dev/videoN"; empty where it has none
 };
 
 /// Cameras that V4L2 and PipeWire offer now, in the order of their identities; one that both offer is

@@ -29,8 +29,11 @@ bool CameraUnit::has_feature(int feature) const {
   switch (feature) {
     case CAMERA_FEATURE_VIDEO:
       return true;
+    case CAMERA_FEATURE_FOCUS: {
+      const std::shared_ptr<DeviceControls> device = controls();
+      return device && device->can_focus();
+    }
     case CAMERA_FEATURE_ZOOM:
-    case CAMERA_FEATURE_FOCUS:
     case CAMERA_FEATURE_SHARED_ROTATION:
       return lens;
     case CAMERA_FEATURE_STABILIZATION:
@@ -100,6 +103,7 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
   }
   lost_ = false;
   if (const int error = launch(size, frame_rate)) return error;
+  open_controls();
   apply_look();
   prepare(size, frame_rate);
   auto stop = std::make_shared<std::atomic<bool>>(false);
@@ -166,12 +170,14 @@ void CameraUnit::end_feed() {
 
 int CameraUnit::stop_viewfinder() {
   std::shared_ptr<Capture> capture;
+  std::shared_ptr<DeviceControls> device;
   std::thread service;
   StopFlag stop;
   {
     const std::lock_guard control(control_mutex_);
     const std::lock_guard lock(state_mutex_);
     capture = capture_;
+    device.swap(controls_);
     service.swap(service_thread_);
     stop = stop_;
   }
@@ -179,6 +185,7 @@ int CameraUnit::stop_viewfinder() {
   if (stop) *stop = true;
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   if (exchange) exchange->shut();
+  if (device) device->release();
   capture->wake();
   if (service.joinable()) {
     if (service.get_id() == std::this_thread::get_id()) {
@@ -191,6 +198,7 @@ int CameraUnit::stop_viewfinder() {
   // A process that ends while GStreamer is still being asked about encoders may abort.
   bool sound = false;
   wait_prepared(&sound);
+  if (device) device->wait_released(camera_timeouts::put_back);
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);
 
