@@ -10,6 +10,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/camera/camera_config.h"
 #include "platform/camera/viewfinder_slot.h"
 
 namespace {
@@ -397,6 +398,11 @@ int camera_set_scene_mode(camera_handle_t handle, camera_scenemode_t mode) {
 
 int camera_config_videolight(camera_handle_t handle, camera_videolightmode_t mode) {
   return call(handle, line("light", int{mode}));
+}
+
+bool handset::camera_light_is_lamp(camera_handle_t handle) {
+  const std::lock_guard lock(mutex);
+  return handle == now.camera.handle && now.camera.unit.lamp;
 }
 
 int camera_set_focus_mode(camera_handle_t handle, camera_focusmode_t mode) {
