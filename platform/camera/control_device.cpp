@@ -87,8 +87,9 @@ std::string media_node_of(const std::string& video_node) {
   struct stat node {};
   if (stat(video_node.c_str(), &node) != 0) return {};
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(sysfs_of(node.st_rdev) + "/device", error)) {
-    const std::string name = entry.path().filename().string();
+  auto entry = std::filesystem::directory_iterator(sysfs_of(node.st_rdev) + "/device", error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
     if (name.rfind("media", 0) == 0 && name.size() > 5) return "/dev/" + name;
   }
   return {};
