@@ -42,7 +42,10 @@ Item {
                 objectName: "screenImg"
                 preferredWidth: Theme.touch
                 preferredHeight: Theme.touch
-                accessibleName: bar.recording ? qsTr("Video light") : qsTr("Size of the film: %1").arg(size.text)
+                // Set with the pictures of the light: what it is at the camera in use.
+                property bool lightIsLamp: false
+                readonly property string lightName: lightIsLamp ? qsTr("Video light") : qsTr("Brighten the picture")
+                accessibleName: bar.recording ? lightName : qsTr("Size of the film: %1").arg(size.text)
                 defaultImageSource: "asset:///images/icon_film.png"
                 pressedImageSource: "asset:///images/icon_film_pressed.png"
                 onClicked: bar.sizeClicked()

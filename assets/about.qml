@@ -24,7 +24,8 @@ Page {
                 [qsTr("The round red button"), qsTr("Starts and ends a recording. While it runs, a red dot blinks "
                     + "beside the time that has passed.")],
                 [qsTr("The size, at the upper left"), qsTr("The size of the film. Touch it to choose another one. "
-                    + "During a recording it is a lamp instead and switches the video light.")],
+                    + "During a recording it is a lamp instead and switches the video light: the camera's, or a "
+                    + "brighter picture where it has none.")],
                 [qsTr("The menu"), qsTr("Filters, textures, screen size, video light, scene, stabilization, and the "
                     + "other camera. A touch beside the menu closes it. Size and camera stay as they are during a "
                     + "recording.")],

@@ -7,6 +7,7 @@
 #include "engine/color_filter.h"
 #include "engine/kernels/color_kernels.h"
 #include "engine/kernels/reference.h"
+#include "platform/camera/brighten.h"
 
 namespace {
 
@@ -40,6 +41,11 @@ void keep_red(const picture& p) {
   const auto stride = static_cast<std::ptrdiff_t>(p.size.width);
   keep(p.luma(), stride, p.chroma(), stride, p.size.width, p.size.height, filter_bitmask);
 }
+template <auto brighten>
+void brightened(const picture& p) {
+  const auto stride = static_cast<std::ptrdiff_t>(p.size.width);
+  brighten({p.luma(), stride, p.chroma(), stride, p.size.width, p.size.height});
+}
 
 const bench::contender contenders[] = {
     {"memset_chroma", memset_chroma, memset_chroma, paint_scene, nullptr, 0},
@@ -58,6 +64,10 @@ const bench::contender contenders[] = {
      paint_noise, nullptr, 0},
     {"keep_color_noise", keep_red<kernels::keep_color>, keep_red<kernels::reference::keep_color>, paint_noise,
      "keep_color_plain_noise", 0.45},
+    {"brighten_plain", brightened<handset::brighten_reference>, brightened<handset::brighten_reference>, paint_scene,
+     nullptr, 0, true},
+    {"brighten", brightened<handset::brighten>, brightened<handset::brighten_reference>, paint_scene, "brighten_plain",
+     0.6, true},
 };
 
 void time_filter_init(benchmark::State& state) {

@@ -1,5 +1,6 @@
 #include "app/page_controls.h"
 #include "app/tarnelapp.h"
+#include "platform/camera/camera_config.h"
 
 void tarnelApp::handleFlashLightAction() {
   if (!camera_has_feature(mCameraHandle, CAMERA_FEATURE_VIDEOLIGHT)) return;
@@ -14,4 +15,5 @@ void tarnelApp::show_light_state(bb::cascades::ImageButton* button) {
   const char* const on = "asset:///images/icon_rec_lighton.png";
   const char* const off = "asset:///images/icon_rec_lightoff.png";
   set_images(button, mLightOn ? on : off, mLightOn ? off : on);
+  if (button) button->setProperty("lightIsLamp", handset::camera_light_is_lamp(mCameraHandle));
 }

@@ -174,6 +174,7 @@ CameraServiceConfig config_from_device_profile() {
   config.microphone = profile.microphone;
   config.video_light = profile.video_light;
   config.stabilization = profile.stabilization;
+  config.controls_folder = user_dirs().state + "/morvane/controls";
   config.memory_file = user_dirs().data + "/morvane/cameras";
   return config;
 }
@@ -196,6 +197,11 @@ bool camera_may_be_replaced(camera_handle_t handle) {
 void begin_camera_search() {
   gst_init(nullptr, nullptr);
   CameraWatch::instance();
+}
+
+bool camera_light_is_lamp(camera_handle_t handle) {
+  const std::shared_ptr<CameraUnit> unit = find(handle);
+  return unit && unit->light_is_lamp();
 }
 
 int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics) {

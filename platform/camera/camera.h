@@ -198,10 +198,19 @@ int camera_deregister_resource(camera_handle_t handle);
 
 // --- controls ---------------------------------------------------------------------------------
 
+// What a camera's device can do by itself is done there, and otherwise to the picture; the device is as it was found
+// again when the viewfinder has stopped. Devices are slow: these functions do not wait for them, and of several
+// settings that come fast the last one counts. What is set before the viewfinder starts takes effect then.
+
+/// A mode of the device's, or its exposure and gain; else a mild preset for the picture. EINVAL: unknown mode.
 int camera_set_scene_mode(camera_handle_t handle, camera_scenemode_t mode);
+/// The camera's lamp, or a brighter picture.
 int camera_config_videolight(camera_handle_t handle, camera_videolightmode_t mode);
+/// CAMERA_FEATURE_FOCUS tells, once the viewfinder has run for a moment, whether the device's focus can be controlled.
+/// ENOTSUP: it cannot, or not in this way.
 int camera_set_focus_mode(camera_handle_t handle, camera_focusmode_t mode);
-/// Zoom levels are steps of 2.5 %: level n magnifies by 1 + n / 40.
+/// Zoom levels are steps of 2.5 %: level n magnifies by 1 + n / 40, the device as far as it goes and then the picture.
+/// Until a level is set the device's own zoom stays as it is.
 int camera_get_zoom_limits(camera_handle_t handle, int* minimum, int* maximum, bool* smooth);
 /// EINVAL outside the limits; ENOTSUP where the unit does not zoom.
 int camera_set_zoom(camera_handle_t handle, int level, bool smooth);

@@ -35,6 +35,9 @@ struct CameraServiceConfig {
   /// Starting a camera's viewfinder returns with the first picture, or with why there is none; else at once, and a
   /// camera that gives no picture is tried again until it does. Sources that are no cameras are always waited for.
   bool wait_for_picture = true;
+  /// Remembers how cameras' own controls were found while they are changed; empty: not kept. Cameras are told apart in
+  /// it.
+  std::string controls_folder;
   std::string memory_file;  ///< remembers which found camera is rear and which front; empty: not kept
 };
 
@@ -50,6 +53,7 @@ inline constexpr std::chrono::milliseconds first_frame{5000};  ///< then the scr
 inline constexpr std::chrono::milliseconds late_frame{15000};  ///< and then the start has failed
 inline constexpr std::chrono::milliseconds stalled{3000};      ///< a running source without frames is started anew
 inline constexpr std::chrono::milliseconds pair_return{1000};  ///< closing waits for the pair that is out
+inline constexpr std::chrono::milliseconds put_back{1000};     ///< closing waits for the camera's controls
 inline constexpr std::chrono::milliseconds finalise{15000};    ///< completing a recording
 }  // namespace camera_timeouts
 
@@ -72,6 +76,10 @@ struct CameraStatistics {
   std::uint64_t not_recorded;  ///< frames that it dropped because the encoder was behind
   std::int64_t recorded_ns;    ///< length of that recording so far
 };
+
+/// What CAMERA_FEATURE_VIDEOLIGHT is here: a lamp of the camera's, or else a brighter picture. Known once the
+/// viewfinder has run for a moment, and a brighter picture until then. Any thread.
+bool camera_light_is_lamp(camera_handle_t handle);
 
 /// @return EBADF for a handle that is not open
 int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics);

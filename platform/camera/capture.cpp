@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/camera/brighten.h"
 #include "platform/camera/colorimetry.h"
 #include "platform/camera/handover.h"
 #include "platform/camera/range.h"
@@ -29,6 +30,19 @@ Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsi
   const int y = cut(input_height, height);
   return {x, x, y, y};
 }
+
+namespace {
+
+BrightenPlanes planes_of(const GstVideoFrame& frame) {
+  return {static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0)),
+          GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0),
+          static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 1)),
+          GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 1),
+          static_cast<std::size_t>(GST_VIDEO_FRAME_WIDTH(&frame)),
+          static_cast<std::size_t>(GST_VIDEO_FRAME_HEIGHT(&frame))};
+}
+
+}  // namespace
 
 Capture::Capture(Setup setup, Deliver deliver) : setup_(std::move(setup)), deliver_(std::move(deliver)) {}
 
@@ -275,9 +289,12 @@ GstFlowReturn Capture::take_sample() {
   }
   frame = make_exclusive(std::move(frame));
   if (!frame) return GST_FLOW_ERROR;
+  const bool brighter = brighten_;
   GstVideoFrame mapped;
-  if (limited_range_ && gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READWRITE)) {
-    expand_range(&mapped);
+  if ((limited_range_ || brighter) &&
+      gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READWRITE)) {
+    if (limited_range_) expand_range(&mapped);
+    if (brighter) brighten(planes_of(mapped));
     gst_video_frame_unmap(&mapped);
   }
   {

@@ -54,6 +54,8 @@ class Capture {
   void set_zoom(double factor);
   /// Exposure and colour preset; zeros cost nothing. Any thread.
   void set_balance(double brightness, double contrast, double saturation);
+  /// Twice the light, see brighten.h; off costs nothing. Any thread.
+  void set_brighten(bool on) { brighten_ = on; }
   /// Frame rate as negotiated; 0/1 while unknown or variable.
   void frame_rate(int* numerator, int* denominator) const;
 
@@ -104,6 +106,7 @@ class Capture {
 
   std::shared_ptr<const GstVideoInfo> info_;  ///< written by the streaming thread
 
+  std::atomic<bool> brighten_{false};
   std::atomic<std::uint64_t> missed_{0};
   std::atomic<std::uint64_t> copied_{0};
 

@@ -8,8 +8,8 @@ namespace handset {
 namespace {
 
 /// A window must not stand still for a device that does not let go.
-constexpr std::chrono::milliseconds device_stop{100};
-constexpr std::chrono::seconds other_stop{5};
+constexpr std::chrono::milliseconds device_stop{50};
+constexpr std::chrono::milliseconds other_stop{5000};
 
 }  // namespace
 
@@ -31,8 +31,11 @@ bool CameraUnit::has_feature(int feature) const {
   switch (feature) {
     case CAMERA_FEATURE_VIDEO:
       return true;
+    case CAMERA_FEATURE_FOCUS: {
+      const std::shared_ptr<DeviceControls> device = controls();
+      return device && device->can_focus();
+    }
     case CAMERA_FEATURE_ZOOM:
-    case CAMERA_FEATURE_FOCUS:
     case CAMERA_FEATURE_SHARED_ROTATION:
       return lens;
     case CAMERA_FEATURE_STABILIZATION:
@@ -140,17 +143,20 @@ void CameraUnit::end_feed() {
 
 int CameraUnit::stop_viewfinder() {
   RunPtr run;
+  std::shared_ptr<DeviceControls> controls;
   std::thread service;
   {
     const std::lock_guard control(control_mutex_);
     const std::lock_guard lock(state_mutex_);
     run = run_;
+    controls.swap(controls_);
     service.swap(service_thread_);
   }
   if (run == nullptr) return EINVAL;
   run->stop = true;
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   if (exchange) exchange->shut();
+  if (controls) controls->release();
   if (const auto running = capture()) running->wake();
   if (service.joinable()) {
     if (service.get_id() == std::this_thread::get_id()) {
@@ -161,11 +167,12 @@ int CameraUnit::stop_viewfinder() {
   }
   const bool device = source_->kind == Source::Kind::device;
   if (const auto last = capture()) {
-    stop_capture(last, device ? std::chrono::milliseconds(device_stop) : std::chrono::milliseconds(other_stop));
+    stop_capture(last, device && !config_.wait_for_picture ? device_stop : other_stop);
   }
   // A process that ends while GStreamer is still being asked about encoders may abort.
   bool sound = false;
   wait_prepared(&sound);
+  if (controls) controls->wait_released(device && !config_.wait_for_picture ? device_stop : camera_timeouts::put_back);
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);
 

@@ -13,6 +13,8 @@
 #include "platform/camera/camera_config.h"
 #include "platform/camera/camera_trouble.h"
 #include "platform/camera/capture.h"
+#include "platform/camera/control_plan.h"
+#include "platform/camera/device_controls.h"
 #include "platform/camera/frame_exchange.h"
 #include "platform/camera/recorder.h"
 #include "platform/camera/source.h"
@@ -23,7 +25,7 @@ namespace handset {
 
 /// One open camera. The functions are those of camera.h; any thread.
 ///
-/// Locks, in the order in which they may be taken: control_mutex_, state_mutex_, the exchange's. The
+/// Locks, in the order in which they may be taken: control_mutex_, look_mutex_, state_mutex_, the exchange's. The
 /// client's callbacks run with none of them held.
 class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
  public:
@@ -52,6 +54,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   int set_scene_mode(camera_scenemode_t mode);
   int set_light(camera_videolightmode_t mode);
   int set_focus_mode(camera_focusmode_t mode);
+  bool light_is_lamp() const;
   int zoom_limits(int* minimum, int* maximum, bool* smooth) const;
   int set_zoom(int level);
 
@@ -115,7 +118,9 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   void finish_clip(const Run& run);
 
   void report_recording_error();
+  void open_controls();
   void apply_look();
+  std::shared_ptr<DeviceControls> controls() const;
   std::shared_ptr<Recorder> recorder() const;
   std::shared_ptr<Capture> capture() const;
   void with_slot(const std::function<void(ViewfinderSlot&)>& change);
@@ -132,6 +137,9 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   /// is joined or a callback runs.
   std::mutex control_mutex_;
 
+  /// Held while wishes are shared out between device and picture, so that the newest come last.
+  std::mutex look_mutex_;
+
   /// Guards what follows; held for reading and swapping pointers only.
   mutable std::mutex state_mutex_;
   StreamProperties viewfinder_;
@@ -143,11 +151,10 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::shared_ptr<Recorder> recorder_;
   std::shared_ptr<Recorder> finished_;  ///< the last recording, for its figures
   std::shared_ptr<Preparation> preparation_;
+  std::shared_ptr<DeviceControls> controls_;  ///< of the running viewfinder's device, where it has a node
   Client viewfinder_client_;
   Client video_client_;
-  camera_scenemode_t scene_ = CAMERA_SCENE_AUTO;
-  bool light_ = false;
-  int zoom_ = 0;
+  CameraWishes wishes_;
 
   std::atomic<bool> lost_{false};        ///< the source has failed since the viewfinder started
   std::atomic<int> recording_error_{0};  ///< why the recording ended by itself, until the client was told

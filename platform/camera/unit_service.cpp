@@ -206,6 +206,7 @@ void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture) {
     slot.set_notice({});
     slot.set_trouble(source_->stands_in ? "No camera found. This scene is drawn by the program." : "");
   });
+  if (!controls()) open_controls();
   apply_look();
   prepare();
 }

@@ -408,6 +408,11 @@ int camera_config_videolight(camera_handle_t handle, camera_videolightmode_t mod
   return call(handle, line("light", int{mode}));
 }
 
+bool handset::camera_light_is_lamp(camera_handle_t handle) {
+  const std::lock_guard lock(mutex);
+  return handle == now.camera.handle && now.camera.unit.lamp;
+}
+
 int camera_set_focus_mode(camera_handle_t handle, camera_focusmode_t mode) {
   return call(handle, line("focus", int{mode}));
 }

@@ -33,6 +33,7 @@ struct unit_s {
   int vf_rotation = 0;
   int zoom_min = 0;
   int zoom_max = 120;
+  bool lamp = false;  ///< its light is one
 };
 
 /// Closes everything; the units are as above, the rear one has a light, nothing fails, the journal is empty.

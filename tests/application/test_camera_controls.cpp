@@ -129,6 +129,16 @@ TEST_F(CameraControls, WhileRecordingTheSizeButtonIsTheLight) {
   EXPECT_EQ(app->mMenuMode, menu_closed);
 }
 
+TEST_F(CameraControls, TheButtonKnowsWhetherTheLightIsALamp) {
+  for (const bool lamp : {true, false}) {
+    fake_camera::unit(CAMERA_UNIT_REAR).lamp = lamp;
+    start();
+    app->startRecording();
+    EXPECT_EQ(on_page<ImageButton>("screenImg").property("lightIsLamp"), QVariant(lamp));
+    end();
+  }
+}
+
 TEST_F(CameraControls, ScenesAreStoredAndShown) {
   start();
   EXPECT_FALSE(app->mSceneIcon->isVisible());

@@ -110,6 +110,18 @@ TEST_F(DocumentsTest, MainScreenBeginsWithTheViewfinderFree) {
     EXPECT_TRUE(the<Control>(root, name)->isVisible()) << name;
 }
 
+TEST_F(DocumentsTest, TheSizeButtonIsNamedAfterWhatItDoes) {
+  auto* root = load<NavigationPane>("asset:///Settings.qml");
+  ASSERT_NE(root, nullptr);
+  auto* button = the<ImageButton>(root, "screenImg");
+  const auto name = [button] { return button->property("accessibleName").toString(); };
+  EXPECT_EQ(name(), "Size of the film: ");
+  the<Container>(root, "RecordContainer")->setVisible(true);
+  EXPECT_EQ(name(), "Brighten the picture");
+  button->setProperty("lightIsLamp", true);
+  EXPECT_EQ(name(), "Video light");
+}
+
 // Hiding the effect's panel must leave the slider to whoever asks whether it is visible.
 TEST_F(DocumentsTest, ToleranceSliderIsIndependentOfTheEffectPanel) {
   auto* root = load<NavigationPane>("asset:///Settings.qml");

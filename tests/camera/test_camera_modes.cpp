@@ -117,7 +117,7 @@ TEST(DeviceElement, SaysWhyItCannotBeBuilt) {
   gst_init(nullptr, nullptr);
   handset::FoundCamera gone;
   std::string error;
-  EXPECT_FALSE(handset::make_device_element(gone, {640, 480}, 30, &error));
+  EXPECT_FALSE(handset::make_device_element(gone, 0, {640, 480}, 30, &error));
   EXPECT_NE(error, "");
   // Everything that a node can deliver has its decoder.
   for (const Coding coding : {Coding::raw, Coding::jpeg, Coding::h264, Coding::bayer}) {
@@ -126,7 +126,7 @@ TEST(DeviceElement, SaysWhyItCannotBeBuilt) {
     camera.direct = true;
     camera.modes = {{{640, 480}, {{coding, coding == Coding::raw ? "YUY2" : "", {}}}}};
     error.clear();
-    const auto element = handset::make_device_element(camera, {640, 480}, 30, &error);
+    const auto element = handset::make_device_element(camera, 0, {640, 480}, 30, &error);
     ASSERT_TRUE(element) << error;
     const auto pad = handset::ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(element.get(), "src"));
     const CapsPtr caps = CapsPtr::adopt(gst_pad_query_caps(pad.get(), nullptr));

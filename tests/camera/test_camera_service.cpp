@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
+#include <numeric>
 
 #include "platform/camera/camera.h"
 #include "platform/camera/camera_config.h"
@@ -185,7 +187,10 @@ TEST_F(Service, ListsSizesRotationsFeaturesAndLimits) {
   EXPECT_EQ(camera_config_videolight(handle, CAMERA_VIDEOLIGHT_ON), 0);
   EXPECT_EQ(camera_set_scene_mode(handle, CAMERA_SCENE_NIGHT), 0);
   EXPECT_EQ(camera_set_scene_mode(handle, static_cast<camera_scenemode_t>(77)), EINVAL);
-  EXPECT_EQ(camera_set_focus_mode(handle, CAMERA_FOCUSMODE_CONTINUOUS_AUTO), 0);
+  EXPECT_FALSE(handset::camera_light_is_lamp(handle));
+  EXPECT_FALSE(camera_has_feature(handle, CAMERA_FEATURE_FOCUS));
+  EXPECT_EQ(camera_set_focus_mode(handle, CAMERA_FOCUSMODE_CONTINUOUS_AUTO), ENOTSUP);
+  EXPECT_EQ(camera_set_focus_mode(handle, static_cast<camera_focusmode_t>(4)), EINVAL);
   int low = -1, high = -1;
   bool smooth = false;
   EXPECT_EQ(camera_get_zoom_limits(handle, &low, &high, &smooth), 0);
@@ -194,6 +199,35 @@ TEST_F(Service, ListsSizesRotationsFeaturesAndLimits) {
   EXPECT_EQ(camera_set_zoom(handle, low - 1, true), EINVAL);
   const camera_handle_t front = open("scene", CAMERA_UNIT_FRONT);
   EXPECT_EQ(camera_config_videolight(front, CAMERA_VIDEOLIGHT_ON), ENOTSUP);
+}
+
+/// Mean luma of the newest picture on the screen; 0 while there is none.
+double brightness(const handset::ViewfinderSlot& slot) {
+  const handset::Frame frame = slot.latest();
+  GstVideoFrame mapped;
+  if (!frame || !gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ)) return 0;
+  double sum = 0;
+  const int width = GST_VIDEO_FRAME_WIDTH(&mapped), height = GST_VIDEO_FRAME_HEIGHT(&mapped);
+  for (int row = 0; row < height; ++row) {
+    const auto* luma = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, 0)) +
+                       row * GST_VIDEO_FRAME_PLANE_STRIDE(&mapped, 0);
+    sum = std::accumulate(luma, luma + width, sum);
+  }
+  gst_video_frame_unmap(&mapped);
+  return sum / width / height;
+}
+
+TEST_F(Service, TheLightOfACameraWithoutALampBrightensThePicture) {
+  // Limited range, whose stretching is on the same way.
+  const camera_handle_t handle = start(
+      "gst:videotestsrc is-live=true pattern=solid-color foreground-color=0xff505050 ! "
+      "capsfilter caps=video/x-raw,format=I420,width=320,height=240,colorimetry=bt601");
+  const auto slot = handset::viewfinder_slot("group", "id");
+  ASSERT_TRUE(soon([&] { return std::abs(brightness(*slot) - 0x50) < 2; })) << brightness(*slot);
+  EXPECT_EQ(camera_config_videolight(handle, CAMERA_VIDEOLIGHT_ON), 0);
+  EXPECT_TRUE(soon([&] { return std::abs(brightness(*slot) - 0x50 * 1.367) < 2; })) << brightness(*slot);
+  EXPECT_EQ(camera_config_videolight(handle, CAMERA_VIDEOLIGHT_OFF), 0);
+  EXPECT_TRUE(soon([&] { return std::abs(brightness(*slot) - 0x50) < 2; })) << brightness(*slot);
 }
 
 TEST_F(Service, EditedFramesReachScreenAndFilmInTheMemoryThatWasEdited) {
