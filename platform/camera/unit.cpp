@@ -189,8 +189,7 @@ int CameraUnit::stop_viewfinder() {
   }
   capture->stop();
   // A process that ends while GStreamer is still being asked about encoders may abort.
-  bool sound = false;
-  wait_prepared(&sound);
+  wait_prepared();
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);
 

@@ -64,7 +64,6 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
     std::mutex mutex;  ///< guards the rest
     std::condition_variable changed;
     bool done = false;
-    bool sound = false;  ///< there is a microphone that delivers
   };
   struct Client {
     camera_viewfinder_callback_t frame = nullptr;
@@ -75,9 +74,10 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   int check_start(camera_res_t* size) const;
   int launch(camera_res_t size, int frame_rate);
   void prepare(camera_res_t size, int frame_rate);
-  bool wait_prepared(bool* sound) const;
+  void wait_prepared() const;
   std::string microphone_for_recording() const;
   void notify(const std::string& text);
+  void show_status(const std::string& text) const;
   void end_feed();
   void publish(const Frame& frame);
   void call_with_descriptor(const Client& client, const Frame& frame) const;

@@ -202,6 +202,7 @@ void ForeignWindowControl::setWindowId(const QString& id) {
   if (producer_->slot) producer_->slot->set_listener({});
   set_bound(false);
   set_notice({});
+  set_status({});
   producer_->slot.reset();
   window_id_ = id;
   if (!id.isEmpty()) {
@@ -228,6 +229,7 @@ void ForeignWindowControl::follow() {
   if (!status.picture || status.cleared != producer_->seen.cleared) set_bound(false);
   producer_->seen = status;
   set_notice(QString::fromStdString(status.notice));
+  set_status(QString::fromStdString(status.status));
   if (status.picture && !bound_) {
     set_hint(QString::fromStdString(status.hint));
     set_bound(true);
@@ -260,6 +262,12 @@ void ForeignWindowControl::set_hint(const QString& text) {
   if (!text.isEmpty()) producer_->hint_timer.start();
   Q_EMIT hintChanged();
   update();
+}
+
+void ForeignWindowControl::set_status(const QString& text) {
+  if (status_ == text) return;
+  status_ = text;
+  Q_EMIT statusChanged();
 }
 
 QSGNode* ForeignWindowControl::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {

@@ -21,6 +21,7 @@ class ForeignWindowControl : public Control {
   Q_PROPERTY(bool bound READ isBound NOTIFY boundChanged)
   Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
   Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
+  Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
  public:
   /// Which properties of the window the control keeps up to date by itself.
@@ -44,12 +45,15 @@ class ForeignWindowControl : public Control {
   QString notice() const { return notice_; }
   /// A remark on the picture that is there for its first seconds; empty for none, and after them.
   QString hint() const { return hint_; }
+  /// A short line for the picture's edge, as long as it holds; empty for none. Not drawn here.
+  QString status() const { return status_; }
 
  Q_SIGNALS:
   void windowIdChanged();
   void boundChanged();
   void noticeChanged();
   void hintChanged();
+  void statusChanged();
   /// The first picture of a producer is there; emitted anew after the producer has closed and another one posts.
   void windowAttached(screen_window_t window, const QString& group, const QString& id);
   void windowDetached(screen_window_t window, const QString& group, const QString& id);
@@ -67,12 +71,14 @@ class ForeignWindowControl : public Control {
   void set_bound(bool bound);
   void set_notice(const QString& text);
   void set_hint(const QString& text);
+  void set_status(const QString& text);
 
   QString window_id_;
   bool bound_ = false;
   WindowProperties updated_properties_ = None;
   QString notice_;
   QString hint_;
+  QString status_;
   std::unique_ptr<Producer> producer_;
   std::unique_ptr<Picture> picture_;
 };
