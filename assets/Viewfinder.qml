@@ -80,6 +80,7 @@ Item {
     // What the recording lacks: at the lower edge, where no face is.
     Pill {
         id: status
+        objectName: "statusPill"
 
         readonly property string line: camera.window ? camera.window.status : ""
 

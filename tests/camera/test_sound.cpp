@@ -6,6 +6,8 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/camera/camera.h"
+#include "platform/camera/camera_config.h"
 #include "platform/camera/capture.h"
 #include "platform/camera/microphone_finder.h"
 #include "platform/camera/recorder.h"
@@ -202,6 +204,34 @@ TEST_F(Sound, AMicrophoneThatHangsHoldsNobodyUp) {
   EXPECT_EQ(fake_.closed(), 0);
   fake_.reset();
   EXPECT_TRUE(soon([&] { return fake_.closed() == 1; })) << "what was left behind does not close";
+}
+
+TEST(MicrophoneOfACamera, IsOnForARecordingOnly) {
+  FakeMicrophone& fake = FakeMicrophone::instance();
+  fake.reset();
+  handset::CameraServiceConfig config;
+  config.rear = "scene";
+  config.microphone = fake_microphone;
+  handset::configure_camera_service(config);
+  camera_handle_t handle = CAMERA_HANDLE_INVALID;
+  ASSERT_EQ(camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &handle), 0);
+  ASSERT_EQ(
+      camera_set_video_property(handle, CAMERA_IMGPROP_WIDTH, 160, CAMERA_IMGPROP_HEIGHT, 120, CAMERA_IMGPROP_END), 0);
+  ASSERT_EQ(camera_set_vf_property(handle, CAMERA_IMGPROP_WIDTH, 160, CAMERA_IMGPROP_HEIGHT, 120, CAMERA_IMGPROP_END),
+            0);
+  ASSERT_EQ(camera_start_video_viewfinder(handle, nullptr, nullptr, nullptr), 0);
+  std::this_thread::sleep_for(300ms);
+  EXPECT_EQ(fake.opened(), 0);
+  const TempDir dir;
+  for (int recording = 1; recording <= 2; ++recording) {
+    write_file(dir.file("film.mp4"), "");
+    ASSERT_EQ(camera_start_video(handle, dir.file("film.mp4").c_str(), nullptr, nullptr, nullptr), 0);
+    EXPECT_TRUE(soon([&] { return fake.delivering() == recording; }));
+    EXPECT_EQ(camera_stop_video(handle), 0);
+    EXPECT_TRUE(soon([&] { return fake.closed() == recording; }));
+    EXPECT_EQ(fake.opened(), recording);
+  }
+  EXPECT_EQ(camera_close(handle), 0);
 }
 
 TEST(SoundWatching, TellsMissingFromSilentFromQuiet) {
