@@ -42,6 +42,7 @@ SoundTrack::SoundTrack(const std::string& microphone) : microphone_(microphone),
 
 void SoundTrack::begin(std::int64_t start) {
   start_ = start;
+  begun_ = monotonic_now();
   next_ = 0;
   end_ = std::numeric_limits<std::int64_t>::max();
   following_ = false;
@@ -50,10 +51,15 @@ void SoundTrack::begin(std::int64_t start) {
 void SoundTrack::feed(Film& film) {
   for (Microphone::Block& block : microphone_.take()) {
     watch_.take(monotonic_now(), peak_of(block.buffer.get()));
-    place(std::move(block), film);
+    waiting_.push_back(std::move(block));
   }
-  // The muxer begins when it has heard from both tracks. A source that stands still must not keep it waiting.
-  const std::int64_t reached = film.in_file() ? film.length() : monotonic_now() - start_;
+  // Sound does not run ahead of the picture. But the muxer begins when it has heard from both tracks, and a source that
+  // stands still must not keep it waiting.
+  std::int64_t reached = film.length();
+  if (!film.in_file()) reached = std::max(reached, monotonic_now() - begun_);
+  for (; !waiting_.empty() && waiting_.front().timestamp - start_ < reached; waiting_.pop_front()) {
+    place(std::move(waiting_.front()), film);
+  }
   fill(samples_of(reached - (microphone_.expected() ? patience_ns : idle_patience_ns)), film);
   judge();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 
 #include "platform/camera/film.h"
@@ -37,7 +38,9 @@ class SoundTrack {
   SoundWatch watch_;
   SoundWatch::Verdict verdict_ = SoundWatch::Verdict::open;
   bool complained_ = false;
+  std::deque<Microphone::Block> waiting_;  ///< for the picture
   std::int64_t start_ = 0;
+  std::int64_t begun_ = 0;  ///< when begin() was called
   std::int64_t next_ = 0;   ///< first sample of the current film that was not fed yet
   std::int64_t end_ = 0;    ///< nothing is fed from this sample on
   bool following_ = false;  ///< what was fed last was sound

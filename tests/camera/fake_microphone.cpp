@@ -3,15 +3,24 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/camera/capture.h"
-
 namespace {
 
 GstElementClass* parent_class = nullptr;
 
+GstPadProbeReturn see_first_block(GstPad* pad, GstPadProbeInfo* info, gpointer) {
+  const auto element = handset::ElementPtr::adopt(gst_pad_get_parent_element(pad));
+  const GstClockTime time = gst_element_get_base_time(element.get()) + GST_BUFFER_PTS(GST_PAD_PROBE_INFO_BUFFER(info));
+  FakeMicrophone::instance().begin(static_cast<std::int64_t>(time));
+  return GST_PAD_PROBE_REMOVE;
+}
+
 GstStateChangeReturn change_state(GstElement* element, GstStateChange transition) {
   FakeMicrophone& fake = FakeMicrophone::instance();
   if (!fake.change(element, transition)) return GST_STATE_CHANGE_FAILURE;
+  if (transition == GST_STATE_CHANGE_NULL_TO_READY) {
+    const auto pad = handset::ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(element, "src"));
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, see_first_block, nullptr, nullptr);
+  }
   const GstStateChangeReturn result = parent_class->change_state(element, transition);
   fake.changed(transition);
   return result;
@@ -125,12 +134,16 @@ bool FakeMicrophone::change(GstElement* element, GstStateChange transition) {
     if (broken_) return false;
   }
   if (transition == GST_STATE_CHANGE_PLAYING_TO_PAUSED) changed_.wait(lock, [this] { return !closing_hangs_; });
-  if (transition == GST_STATE_CHANGE_PAUSED_TO_PLAYING) since_ = handset::monotonic_now();
   return true;
+}
+
+void FakeMicrophone::begin(std::int64_t first_block) {
+  const std::lock_guard lock(mutex_);
+  since_ = first_block;
+  ++delivering_;
 }
 
 void FakeMicrophone::changed(GstStateChange transition) {
   const std::lock_guard lock(mutex_);
-  if (transition == GST_STATE_CHANGE_PAUSED_TO_PLAYING) ++delivering_;
   if (transition == GST_STATE_CHANGE_READY_TO_NULL) ++closed_;
 }

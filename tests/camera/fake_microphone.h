@@ -24,7 +24,7 @@ class FakeMicrophone {
   int opened() const;
   int delivering() const;
   int closed() const;
-  /// CLOCK_MONOTONIC nanoseconds at which the last one began to deliver.
+  /// Time of the last one's first block, CLOCK_MONOTONIC nanoseconds.
   std::int64_t delivering_since() const;
   /// The one that is open is unplugged.
   void unplug();
@@ -33,6 +33,7 @@ class FakeMicrophone {
   /// Called by the elements. @return false to fail
   bool change(GstElement* element, GstStateChange transition);
   void changed(GstStateChange transition);
+  void begin(std::int64_t first_block);
 
  private:
   mutable std::mutex mutex_;  ///< guards the rest

@@ -86,8 +86,8 @@ TEST_F(RecordSound, AServerThatNeverAnswersCostsTheSoundAndNoMore) {
   film::Film film = film::play(path_);
   film::play_sound(path_, &film);
   EXPECT_EQ(film.error, "");
-  EXPECT_GT(film.pictures.size(), 25U);
-  EXPECT_NEAR(static_cast<double>(film.sound_ns), static_cast<double>(film.pictures.back().pts), 0.1e9);
+  EXPECT_GT(film.pictures.size(), 5U);
+  EXPECT_NEAR(static_cast<double>(film.sound_ns), static_cast<double>(film.pictures.back().pts), 0.3e9);
   EXPECT_EQ(film.sound_peak, 0);
 }
 
