@@ -68,7 +68,7 @@ void SoundTrack::complete(Film& film) {
   end_ = samples_of(film.length());
   const auto last_moment = std::chrono::steady_clock::now() + tail_patience;
   feed(film);
-  while (next_ < end_ && microphone_.expected() && microphone_.wait(last_moment)) feed(film);
+  while (next_ < end_ && waiting_.empty() && microphone_.expected() && microphone_.wait(last_moment)) feed(film);
   fill(end_, film);
   if (!watch_.heard()) complain();
   microphone_.close();

@@ -204,6 +204,7 @@ TEST_F(Sound, AMicrophoneThatHangsHoldsNobodyUp) {
   start();
   film_for(0.1);
   EXPECT_EQ(recorder_->wait_started(10s), 0) << "a source that stands still";
+  film_for(1);
   ASSERT_TRUE(film_until([&] { return status() == "no sound"; }));
   EXPECT_LT(stop(), 4000);
   EXPECT_EQ(status(), "");

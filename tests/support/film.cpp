@@ -152,8 +152,10 @@ Film play(const std::string& path) {
 }
 
 void play_sound(const std::string& path, Film* film) {
-  play_track(path, "audio_0 ! aacparse ! avdec_aac ! audioconvert ! audio/x-raw,format=F32LE,layout=interleaved,rate=48000,channels=2", film,
-             take_sound);
+  play_track(path,
+             "audio_0 ! aacparse ! avdec_aac ! audioconvert ! "
+             "audio/x-raw,format=F32LE,layout=interleaved,rate=48000,channels=2",
+             film, take_sound);
 }
 
 std::string rotation_with_ffprobe(const std::string& path) {
