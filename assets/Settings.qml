@@ -110,6 +110,8 @@ NavigationPane {
         Viewfinder {
             id: viewfinder
             anchors.fill: parent
+            freeWidth: status.width
+            freeHeight: page.height - (page.wide ? 0 : capture.thickness)
             onAttached: recorder.cameraStarted()
         }
 

@@ -7,6 +7,9 @@ Item {
     id: viewfinder
 
     readonly property bool covered: cover.visible
+    // Where the controls along the edges leave off.
+    property int freeWidth: width
+    property int freeHeight: height
 
     // A camera has posted its first picture since it was opened.
     signal attached()
@@ -71,6 +74,28 @@ Item {
             anchors.centerIn: parent
             text: qsTr("Playing")
             color: Theme.textDim
+        }
+    }
+
+    // What the recording lacks: at the lower edge, where no face is.
+    Pill {
+        id: status
+        objectName: "statusPill"
+
+        readonly property string line: camera.window ? camera.window.status : ""
+
+        visible: line !== ""
+        x: Math.round((viewfinder.freeWidth - width) / 2)
+        y: viewfinder.freeHeight - height - Theme.spacing
+        width: statusText.implicitWidth + 2 * Theme.spacingLarge
+        height: 64
+        color: Theme.overlay
+
+        Label {
+            id: statusText
+            anchors.centerIn: parent
+            text: status.line
+            font.pixelSize: Theme.fontSmall
         }
     }
 

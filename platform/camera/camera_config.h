@@ -27,7 +27,7 @@ struct CameraServiceConfig {
   /// Clips run once and as fast as they are recorded; no frame is dropped, and frames flow only while
   /// a recording runs. Without sound.
   bool unpaced = false;
-  std::string microphone = "default";  ///< default, none or tone
+  std::string microphone = "default";  ///< none, or a setting as Microphone takes it
   bool video_light = true;
   bool stabilization = true;
   /// Bytes that a recording leaves free on its disk: it ends when there are fewer, and its file is completed there.

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
-#include <functional>
+#include <deque>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "platform/camera/gst_ptr.h"
 
@@ -15,28 +17,46 @@ inline constexpr int audio_channels = 2;
 inline constexpr int audio_frame_bytes = audio_channels * static_cast<int>(sizeof(float));
 inline constexpr char audio_caps[] = "audio/x-raw,format=F32LE,rate=48000,channels=2,layout=interleaved";
 
-/// A running microphone.
+/// A microphone that is on for as long as this lives, and comes back by itself when it was lost.
+///
+/// A thread of its own talks to the sound server, which may not answer for as long as it likes: nobody waits for it
+/// here, and a thread that does not return in time is left behind with everything that it needs. Functions: any thread.
 class Microphone {
  public:
-  /// Gets a block of sound and the time of its first sample, nanoseconds of CLOCK_MONOTONIC. Runs on
-  /// the microphone's streaming thread.
-  using Deliver = std::function<void(BufferPtr block, std::int64_t timestamp)>;
+  struct Block {
+    BufferPtr buffer;        ///< audio_caps
+    std::int64_t timestamp;  ///< of its first sample, nanoseconds of CLOCK_MONOTONIC
+  };
 
-  /// Starts one. `kind` is default, none or tone.
-  /// @return null for none, or where there is no microphone
-  static std::unique_ptr<Microphone> start(const std::string& kind, const Deliver& deliver);
-  /// Whether start() would find one; takes as long as a sound server takes to answer or refuse.
-  static bool available(const std::string& kind);
+  /// Begins to open it and returns at once.
+  /// @param setting  one of
+  ///   default           the sound server's default source, else ALSA's
+  ///   tone              a test tone
+  ///   gst:DESCRIPTION   a GStreamer bin description that ends in raw sound
+  ///   NAME              a microphone as choose_microphone() finds it
+  explicit Microphone(std::string setting);
+  Microphone(const Microphone&) = delete;
+  Microphone& operator=(const Microphone&) = delete;
+  /// Closes; waits for that half a second at most since close() was called.
   ~Microphone();
 
- private:
-  explicit Microphone(Deliver deliver);
-  static std::unique_ptr<Microphone> try_start(const std::string& source, Deliver deliver);
-  GstFlowReturn take_sample();
+  /// Asks the thread to let go of the device and returns at once. Nothing comes any more.
+  void close();
 
-  const Deliver deliver_;
-  ElementPtr pipeline_;
-  ElementPtr sink_;
+  /// What has come since the last call. Ten seconds are kept.
+  std::deque<Block> take();
+  /// Waits for something to take. @return false at the end of the time
+  bool wait(std::chrono::steady_clock::time_point end) const;
+  /// Whether something is likely to come yet: it delivers, or has only just begun to be opened.
+  bool expected() const;
+  /// Why nothing comes; empty while it delivers.
+  std::string trouble() const;
+
+ private:
+  struct Shared;
+
+  const std::shared_ptr<Shared> shared_;
+  std::thread thread_;
 };
 
 }  // namespace handset

@@ -15,16 +15,6 @@ namespace {
 
 constexpr std::chrono::milliseconds turn{50};  ///< the thread looks after things at least this often
 constexpr std::chrono::seconds look_period{1};
-/// Sound that lags the picture by more than this is replaced by silence, so that the muxer never waits
-/// for a microphone that has stalled.
-constexpr std::int64_t sound_patience_ns = 250'000'000;
-/// Differences between the microphone's clock and the picture's that are passed over.
-constexpr std::int64_t sound_tolerance = audio_rate / 25;
-constexpr std::uint64_t silence_block = 1024;
-
-std::int64_t samples_of(std::int64_t nanoseconds) {
-  return nanoseconds * (audio_rate / 1000) / 1'000'000;
-}
 
 }  // namespace
 
@@ -39,7 +29,11 @@ int create_video_file(const std::string& stem, int first_number, std::string* pa
 }
 
 Recorder::Recorder(Setup setup, Ended ended)
-    : setup_(std::move(setup)), ended_(std::move(ended)), thread_([this] { run(); }) {}
+    : setup_(std::move(setup)),
+      ended_(std::move(ended)),
+      // The microphone takes its time to open: it begins before the first frame is there.
+      sound_(setup_.microphone == "none" ? nullptr : std::make_unique<SoundTrack>(setup_.microphone)),
+      thread_([this] { run(); }) {}
 
 Recorder::~Recorder() {
   stop();
@@ -82,7 +76,10 @@ void Recorder::run() {
     const Frame frame = next_frame(&stopping);
     if (frame) feed(frame);
     if (film_) {
-      feed_sound();
+      if (sound_) {
+        sound_->feed(*film_);
+        show(sound_->status());
+      }
       look_after();
     }
   }
@@ -112,7 +109,6 @@ Frame Recorder::next_frame(bool* stopping) {
 void Recorder::feed(const Frame& frame) {
   if (!film_) {
     if (!begin_film(setup_.path, frame)) return;
-    start_sound();
   } else if (film_->index_remaining() < setup_.index_margin) {
     roll(frame);
     if (!film_) return;
@@ -124,13 +120,12 @@ void Recorder::feed(const Frame& frame) {
 
 bool Recorder::begin_film(const std::string& path, const Frame& first) {
   start_ = first.timestamp;
-  sound_next_ = 0;
   std::string why;
   film_ = Film::start({.path = path,
                        .info = setup_.info,
                        .rate_numerator = setup_.rate_numerator,
                        .rate_denominator = setup_.rate_denominator,
-                       .sound = setup_.microphone != "none",
+                       .sound = sound_ != nullptr,
                        .start = start_,
                        .index_reserve = setup_.index_reserve},
                       &why);
@@ -139,8 +134,7 @@ bool Recorder::begin_film(const std::string& path, const Frame& first) {
     return false;
   }
   ++films_;
-  // The muxer writes nothing before it has heard from both tracks; a microphone takes its time.
-  if (setup_.microphone != "none") feed_silence_until(2 * silence_block);
+  if (sound_) sound_->begin(start_);
   return true;
 }
 
@@ -182,55 +176,10 @@ bool Recorder::disk_is_full() const {
   return static_cast<std::uint64_t>(disk.f_bavail) * disk.f_frsize < setup_.disk_margin;
 }
 
-void Recorder::start_sound() {
-  if (setup_.microphone == "none") return;
-  sound_thread_ = std::thread([this] {
-    microphone_ = Microphone::start(setup_.microphone, [this](BufferPtr block, std::int64_t timestamp) {
-      const std::lock_guard lock(mutex_);
-      if (sound_queue_.size() < 1000) sound_queue_.push_back({std::move(block), timestamp});
-    });
-    if (!microphone_) std::fputs("no sound: the microphone does not start\n", stderr);
-  });
-}
-
-void Recorder::feed_sound() {
-  if (setup_.microphone == "none") return;
-  std::vector<AudioBlock> blocks;
-  {
-    const std::lock_guard lock(mutex_);
-    std::swap(blocks, sound_queue_);
-  }
-  for (AudioBlock& block : blocks) feed_block(std::move(block));
-  const std::int64_t due = samples_of(film_->length() - sound_patience_ns);
-  if (due > static_cast<std::int64_t>(sound_next_)) feed_silence_until(static_cast<std::uint64_t>(due));
-}
-
-void Recorder::feed_silence_until(std::uint64_t sample) {
-  while (sound_next_ < sample) {
-    const std::uint64_t count = std::min(silence_block, sample - sound_next_);
-    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, count * audio_frame_bytes, nullptr);
-    gst_buffer_memset(buffer, 0, 0, count * audio_frame_bytes);
-    film_->push_audio(BufferPtr::adopt(buffer), sound_next_);
-    sound_next_ += count;
-  }
-}
-
-/// Puts a block where its time says: a gap before it becomes silence, what overlaps is cut off. Blocks
-/// that fit within the tolerance follow each other sample by sample.
-void Recorder::feed_block(AudioBlock block) {
-  const std::uint64_t count = gst_buffer_get_size(block.buffer.get()) / audio_frame_bytes;
-  const std::int64_t at = samples_of(block.timestamp - start_);
-  const std::int64_t late = static_cast<std::int64_t>(sound_next_) - at;
-  if (late < -sound_tolerance) feed_silence_until(static_cast<std::uint64_t>(at));
-  std::uint64_t skip = 0;
-  if (late > sound_tolerance) skip = static_cast<std::uint64_t>(late);
-  if (skip >= count) return;
-  if (skip > 0) {
-    block.buffer = BufferPtr::adopt(gst_buffer_copy_region(
-        block.buffer.get(), GST_BUFFER_COPY_MEMORY, skip * audio_frame_bytes, (count - skip) * audio_frame_bytes));
-  }
-  film_->push_audio(std::move(block.buffer), sound_next_);
-  sound_next_ += count - skip;
+void Recorder::show(const std::string& status) {
+  if (status == status_) return;
+  status_ = status;
+  if (setup_.show_status) setup_.show_status(status);
 }
 
 void Recorder::fail(int error, const std::string& why) {
@@ -239,16 +188,16 @@ void Recorder::fail(int error, const std::string& why) {
 }
 
 void Recorder::conclude() {
-  if (sound_thread_.joinable()) sound_thread_.join();
-  microphone_.reset();
   if (film_) {
-    feed_sound();
+    if (sound_) sound_->complete(*film_);
     // After a full disk the margin left on it is for this; after the film's own failure it only lets go.
     const int error = film_->finish();
     if (error != 0 && error_ == 0) fail(error, film_->failure());
     film_.reset();
   }
   for (std::thread& thread : finishing_) thread.join();
+  sound_.reset();
+  show({});
   {
     const std::lock_guard lock(mutex_);
     phase_ = Phase::ended;

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/camera/film.h"
-#include "platform/camera/microphone.h"
+#include "platform/camera/sound_track.h"
 
 namespace handset {
 
@@ -26,11 +26,14 @@ class Recorder {
     std::shared_ptr<const GstVideoInfo> info;
     int rate_numerator;
     int rate_denominator;
-    std::string microphone;                         ///< default, none or tone
+    std::string microphone;                         ///< none, or a setting as Microphone takes it
     bool wait_for_room;                             ///< push() waits for the encoder instead of dropping
     std::chrono::seconds index_reserve{3600};       ///< length of one file
     std::chrono::seconds index_margin{60};          ///< the next file is begun this long before the end
     std::uint64_t disk_margin = 16U * 1024 * 1024;  ///< bytes that must stay free on the disk
+    /// Told what a viewfinder is to say of the recording, empty for nothing, when that changes; on the recorder's
+    /// thread. May be empty.
+    std::function<void(const std::string& status)> show_status{};
   };
   /// Told once when the recording ends by itself, with an errno value; on the recorder's thread, after
   /// the file is complete.
@@ -57,10 +60,6 @@ class Recorder {
   std::int64_t length() const { return length_; }  ///< nanoseconds
 
  private:
-  struct AudioBlock {
-    BufferPtr buffer;
-    std::int64_t timestamp;
-  };
   enum class Phase { waiting, filming, ended };
   static constexpr std::size_t queue_length = 10;
 
@@ -71,23 +70,19 @@ class Recorder {
   void look_after();
   bool disk_is_full() const;
   void roll(const Frame& next);
-  void start_sound();
-  void feed_sound();
-  void feed_silence_until(std::uint64_t sample);
-  void feed_block(AudioBlock block);
+  void show(const std::string& status);
   void fail(int error, const std::string& why);
   void conclude();
 
   const Setup setup_;
   const Ended ended_;
 
-  /// Guards the two queues, stopping_ and phase_; held for pointer moves only.
+  /// Guards the queue, stopping_ and phase_; held for pointer moves only.
   std::mutex mutex_;
   std::condition_variable changed_;
   std::array<Frame, queue_length> queue_;
   std::size_t first_ = 0;
   std::size_t count_ = 0;
-  std::vector<AudioBlock> sound_queue_;
   bool stopping_ = false;
   Phase phase_ = Phase::waiting;
 
@@ -98,17 +93,14 @@ class Recorder {
 
   // The recorder's thread.
   std::unique_ptr<Film> film_;
-  std::int64_t start_ = 0;        ///< time 0 of the current film
-  std::int64_t earlier_ = 0;      ///< length of the films before it
-  std::uint64_t sound_next_ = 0;  ///< first sample of the current film that was not fed yet
+  std::int64_t start_ = 0;             ///< time 0 of the current film
+  std::int64_t earlier_ = 0;           ///< length of the films before it
+  std::unique_ptr<SoundTrack> sound_;  ///< null without sound
+  std::string status_;                 ///< that was shown last
   int films_ = 0;
   int turns_waited_ = 0;  ///< for the encoder to take the next frame
   std::chrono::steady_clock::time_point next_look_{};
   std::vector<std::thread> finishing_;  ///< films that a roll left to be completed
-
-  /// Runs while a microphone is being started, which may take a second.
-  std::thread sound_thread_;
-  std::unique_ptr<Microphone> microphone_;  ///< written by sound_thread_, read after it was joined
 
   /// Guards joining thread_.
   std::mutex join_mutex_;

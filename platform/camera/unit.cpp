@@ -122,7 +122,7 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
 }
 
 /// Changes what the screen shows besides the picture. Any thread.
-void CameraUnit::with_slot(const std::function<void(ViewfinderSlot&)>& change) {
+void CameraUnit::with_slot(const std::function<void(ViewfinderSlot&)>& change) const {
   std::shared_ptr<ViewfinderFeed> feed;
   {
     const std::lock_guard lock(state_mutex_);
@@ -170,8 +170,7 @@ int CameraUnit::stop_viewfinder() {
     stop_capture(last, device && !config_.wait_for_picture ? device_stop : other_stop);
   }
   // A process that ends while GStreamer is still being asked about encoders may abort.
-  bool sound = false;
-  wait_prepared(&sound);
+  wait_prepared();
   if (controls) controls->wait_released(device && !config_.wait_for_picture ? device_stop : camera_timeouts::put_back);
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);

@@ -83,7 +83,6 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
     std::mutex mutex;  ///< guards the rest
     std::condition_variable changed;
     bool done = false;
-    bool sound = false;  ///< there is a microphone that delivers
   };
   struct Client {
     camera_viewfinder_callback_t frame = nullptr;
@@ -92,11 +91,11 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   };
 
   int check_start(camera_res_t* size) const;
-  void begin_feed(void* arg, camera_viewfinder_callback_t frame_callback, camera_status_callback_t status_callback);
   bool waits_for_picture() const;
   void prepare();
-  bool wait_prepared(bool* sound) const;
+  void wait_prepared() const;
   std::string microphone_for_recording() const;
+  void show_status(const std::string& text) const;
   void end_feed();
   void publish(const Frame& frame);
   void call_with_descriptor(const Client& client, const Frame& frame) const;
@@ -123,7 +122,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::shared_ptr<DeviceControls> controls() const;
   std::shared_ptr<Recorder> recorder() const;
   std::shared_ptr<Capture> capture() const;
-  void with_slot(const std::function<void(ViewfinderSlot&)>& change);
+  void with_slot(const std::function<void(ViewfinderSlot&)>& change) const;
   void end_recording();
 
   const camera_handle_t handle_;

@@ -9,13 +9,12 @@
 #include <system_error>
 
 #include "platform/camera/encoders.h"
-#include "platform/camera/microphone.h"
 #include "platform/camera/unit.h"
 
 namespace handset {
 namespace {
 
-constexpr std::chrono::milliseconds recording_start{4000};
+constexpr std::chrono::milliseconds recording_start{5500};
 constexpr std::chrono::milliseconds preparation_patience{1500};
 
 /// @return 0 when a path is a regular file that can be written, else an errno value
@@ -37,8 +36,7 @@ std::string end_notice(int error) {
 
 }  // namespace
 
-/// Proves an encoder and looks for a microphone, which the first recording should not have to wait for. On a thread
-/// that nobody joins: a sound server that does not answer holds it up for half a minute.
+/// Proves an encoder, which the first recording should not have to wait for.
 void CameraUnit::prepare() {
   const auto preparation = std::make_shared<Preparation>();
   camera_res_t size{};
@@ -50,38 +48,38 @@ void CameraUnit::prepare() {
     size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
     frame_rate = viewfinder_.frame_rate;
   }
-  const std::string microphone = unpaced_ || audio_encoder_description().empty() ? "none" : config_.microphone;
-  std::thread([preparation, size, frame_rate, microphone] {
+  std::thread([preparation, size, frame_rate] {
     proven_video_encoder(size, frame_rate);
-    const bool sound = Microphone::available(microphone);
     const std::lock_guard lock(preparation->mutex);
-    preparation->sound = sound;
     preparation->done = true;
     preparation->changed.notify_all();
   }).detach();
 }
 
-/// Waits a bounded time for what prepare() began. @param sound  whether there is a microphone that delivers
-/// @return false when it is not through
-bool CameraUnit::wait_prepared(bool* sound) const {
+/// Waits a bounded time for what prepare() began.
+void CameraUnit::wait_prepared() const {
   std::shared_ptr<Preparation> preparation;
   {
     const std::lock_guard lock(state_mutex_);
     preparation = preparation_;
   }
-  *sound = false;
-  if (!preparation) return true;
+  if (!preparation) return;
   std::unique_lock lock(preparation->mutex);
-  const bool through = preparation->changed.wait_for(lock, preparation_patience, [&] { return preparation->done; });
-  *sound = preparation->sound;
-  return through;
+  preparation->changed.wait_for(lock, preparation_patience, [&] { return preparation->done; });
 }
 
-/// The microphone to record, or "none" when there is none or it does not answer in time.
+/// The microphone to record, or "none" where the film is to have, or can have, no sound.
 std::string CameraUnit::microphone_for_recording() const {
-  bool sound = false;
-  if (!wait_prepared(&sound)) std::fputs("no sound: the microphone does not answer\n", stderr);
-  return sound ? config_.microphone : "none";
+  if (unpaced_ || config_.microphone == "none") return "none";
+  if (!audio_encoder_description().empty()) return config_.microphone;
+  std::fputs("no sound: no AAC encoder is installed\n", stderr);
+  show_status("no sound");
+  return "none";
+}
+
+/// Puts a short line at the viewfinder's edge, as long as there is one. Any thread.
+void CameraUnit::show_status(const std::string& text) const {
+  with_slot([&](ViewfinderSlot& slot) { slot.set_status(text); });
 }
 
 int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t video_callback,
@@ -104,7 +102,8 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
                         .rate_denominator = 1,
                         .microphone = microphone_for_recording(),
                         .wait_for_room = unpaced_,
-                        .disk_margin = config_.disk_margin};
+                        .disk_margin = config_.disk_margin,
+                        .show_status = [this](const std::string& text) { show_status(text); }};
   capture->frame_rate(&setup.rate_numerator, &setup.rate_denominator);
   if (setup.rate_numerator <= 0) {
     setup.rate_numerator = 30;
@@ -157,6 +156,7 @@ void CameraUnit::end_recording() {
   const std::shared_ptr<Recorder> recorder = this->recorder();
   if (const auto exchange = this->exchange()) exchange->set_wanted(false);
   if (recorder) recorder->stop();
+  show_status({});
 }
 
 int CameraUnit::stop_video() {

@@ -72,6 +72,15 @@ void ViewfinderSlot::set_trouble(std::string text) {
   tell();
 }
 
+void ViewfinderSlot::set_status(std::string text) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (status_.status == text) return;
+    std::swap(status_.status, text);
+  }
+  tell();
+}
+
 void ViewfinderSlot::set_listener(std::function<void()> listener) {
   const std::lock_guard lock(listener_mutex_);
   listener_ = std::move(listener);

@@ -18,6 +18,7 @@ struct ViewfinderStatus {
   std::string notice;         ///< to stand over the picture, or where none is; empty for nothing
   std::string hint;           ///< to stand there for the first seconds of the picture
   std::string trouble;        ///< why there is no camera's picture, until there is one; the user may try again
+  std::string status;         ///< a short line at the picture's edge
 };
 
 /// Where a camera posts its finished frames for the screen: keeps the newest one. A window that shows
@@ -37,6 +38,7 @@ class ViewfinderSlot {
   void set_notice(std::string text);
   void set_hint(std::string text);
   void set_trouble(std::string text);
+  void set_status(std::string text);
 
   /// Called after each change, on the thread that makes it; it must neither block nor call back
   /// into this slot. An empty function removes it; when this returns no call is under way.
@@ -45,7 +47,7 @@ class ViewfinderSlot {
  private:
   void tell();
 
-  /// Guards frame_ and status_; held for a pointer swap, or for copying two short texts.
+  /// Guards frame_ and status_; held for a pointer swap, or for copying short texts.
   mutable std::mutex mutex_;
   Frame frame_;
   ViewfinderStatus status_;

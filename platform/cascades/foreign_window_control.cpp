@@ -204,6 +204,7 @@ void ForeignWindowControl::setWindowId(const QString& id) {
   set_bound(false);
   set_notice({});
   set_trouble({});
+  set_status({});
   producer_->slot.reset();
   window_id_ = id;
   if (!id.isEmpty()) {
@@ -231,6 +232,7 @@ void ForeignWindowControl::follow() {
   producer_->seen = status;
   set_notice(QString::fromStdString(status.notice));
   set_trouble(QString::fromStdString(status.trouble));
+  set_status(QString::fromStdString(status.status));
   if (status.picture && !bound_) {
     set_hint(QString::fromStdString(status.hint));
     set_bound(true);
@@ -270,6 +272,12 @@ void ForeignWindowControl::set_trouble(const QString& text) {
   trouble_ = text;
   handset::Stage::instance()->set_trouble(text);
   Q_EMIT troubleChanged();
+}
+
+void ForeignWindowControl::set_status(const QString& text) {
+  if (status_ == text) return;
+  status_ = text;
+  Q_EMIT statusChanged();
 }
 
 QSGNode* ForeignWindowControl::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {

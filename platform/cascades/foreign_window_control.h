@@ -22,6 +22,7 @@ class ForeignWindowControl : public Control {
   Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
   Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
   Q_PROPERTY(QString trouble READ trouble NOTIFY troubleChanged)
+  Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
  public:
   /// Which properties of the window the control keeps up to date by itself.
@@ -47,6 +48,8 @@ class ForeignWindowControl : public Control {
   QString hint() const { return hint_; }
   /// Why there is no camera's picture; empty for nothing. The stage shows it, with a way to try again.
   QString trouble() const { return trouble_; }
+  /// A short line for the picture's edge, as long as it holds; empty for none. Not drawn here.
+  QString status() const { return status_; }
 
  Q_SIGNALS:
   void windowIdChanged();
@@ -54,6 +57,7 @@ class ForeignWindowControl : public Control {
   void noticeChanged();
   void hintChanged();
   void troubleChanged();
+  void statusChanged();
   /// The first picture of a producer is there; emitted anew after the producer has closed and another one posts.
   void windowAttached(screen_window_t window, const QString& group, const QString& id);
   void windowDetached(screen_window_t window, const QString& group, const QString& id);
@@ -72,6 +76,7 @@ class ForeignWindowControl : public Control {
   void set_notice(const QString& text);
   void set_hint(const QString& text);
   void set_trouble(const QString& text);
+  void set_status(const QString& text);
 
   QString window_id_;
   bool bound_ = false;
@@ -79,6 +84,7 @@ class ForeignWindowControl : public Control {
   QString notice_;
   QString hint_;
   QString trouble_;
+  QString status_;
   std::unique_ptr<Producer> producer_;
   std::unique_ptr<Picture> picture_;
 };

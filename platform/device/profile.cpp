@@ -39,10 +39,6 @@ bool parse_text(const std::string& text, std::string& out) {
   return true;
 }
 
-bool parse_microphone(const std::string& text, std::string& out) {
-  return (text == "default" || text == "none" || text == "tone") && parse_text(text, out);
-}
-
 bool parse_pin(const std::string& text, std::string& out) {
   const bool prefixed = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
   return prefixed && text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string::npos && parse_text(text, out);
@@ -56,7 +52,7 @@ constexpr std::array<Key, 13> keys = {{
     {"camera", "front", [](P& p, S& v) { return parse_text(v, p.front); }},
     {"camera", "rear", [](P& p, S& v) { return parse_text(v, p.rear); }},
     {"camera", "desktop", [](P& p, S& v) { return parse_text(v, p.desktop); }},
-    {"camera", "microphone", [](P& p, S& v) { return parse_microphone(v, p.microphone); }},
+    {"camera", "microphone", [](P& p, S& v) { return parse_text(v, p.microphone); }},
     {"camera", "video-light", [](P& p, S& v) { return parse_bool(v, p.video_light); }},
     {"camera", "stabilization", [](P& p, S& v) { return parse_bool(v, p.stabilization); }},
     {"device", "pin", [](P& p, S& v) { return parse_pin(v, p.pin); }},

@@ -15,7 +15,7 @@ struct DeviceProfile {
   std::string front = "auto";
   std::string rear = "auto";
   std::string desktop = "auto";
-  std::string microphone = "default";  ///< default, none or tone
+  std::string microphone = "default";  ///< default, none, tone, gst:DESCRIPTION, or a microphone's name
   bool video_light = true;             ///< the rear camera has a light
   bool stabilization = true;
   // [device]

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QSet>
 
+#include "platform/camera/viewfinder_slot.h"
 #include "platform/cascades/animation.h"
 #include "platform/cascades/application.h"
 #include "platform/cascades/assets.h"
@@ -148,6 +149,37 @@ TEST_F(DocumentsTest, ViewfinderFillsTheDisplayWhateverItAsksFor) {
   EXPECT_EQ(viewfinder->size(), QSizeF(720, 720));
   display.setSize({1280, 768});
   EXPECT_EQ(viewfinder->size(), QSizeF(1280, 768));
+  root->setParentItem(nullptr);
+}
+
+// Over the record button, or beside it; taps go through it.
+TEST_F(DocumentsTest, StatusOfTheRecordingStandsAtTheLowerEdge) {
+  auto* root = load<NavigationPane>("asset:///Settings.qml");
+  ASSERT_NE(root, nullptr);
+  QQuickItem display;
+  root->setParentItem(&display);
+  auto* viewfinder = new ForeignWindowControl;
+  viewfinder->setWindowId("status");
+  the<Container>(root, "cameraContainer")->add(viewfinder);
+  auto* pill = the<QQuickItem>(root, "statusPill");
+  EXPECT_FALSE(pill->isVisible());
+  const auto slot = handset::viewfinder_slot(viewfinder->windowGroup().toStdString(), "status");
+  slot->set_status("no sound");
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(pill->isVisible());
+  auto* button = the<ImageButton>(root, "imgbut_record_stop");
+  for (const QSizeF size : {QSizeF(768, 1280), QSizeF(1280, 768), QSizeF(720, 720)}) {
+    display.setSize(size);
+    QCoreApplication::processEvents();
+    const QRectF place = pill->mapRectToItem(&display, pill->boundingRect());
+    EXPECT_GT(place.width(), 100);
+    EXPECT_GT(place.top(), size.height() * 0.6);
+    EXPECT_LE(place.bottom(), size.height());
+    EXPECT_FALSE(place.intersects(button->mapRectToItem(&display, button->boundingRect()))) << size.width();
+  }
+  slot->set_status("");
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(pill->isVisible());
   root->setParentItem(nullptr);
 }
 

@@ -46,8 +46,13 @@ void take_sound(GstSample* sample, Film* film) {
   GstMapInfo map;
   if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) return;
   const auto* samples = reinterpret_cast<const float*>(map.data);
+  const auto first = static_cast<gsize>(gst_util_uint64_scale_round(GST_BUFFER_PTS(buffer), 48000, GST_SECOND));
   for (gsize i = 0; i < map.size / sizeof(float); ++i) {
-    film->sound_peak = std::max(film->sound_peak, static_cast<double>(std::fabs(samples[i])));
+    const float level = std::fabs(samples[i]);
+    const gsize window = (first + i / 2) / 480;
+    if (film->levels.size() <= window) film->levels.resize(window + 1);
+    film->levels[window] = std::max(film->levels[window], level);
+    film->sound_peak = std::max(film->sound_peak, static_cast<double>(level));
   }
   film->sound_ns = static_cast<std::int64_t>(GST_BUFFER_PTS(buffer) + GST_BUFFER_DURATION(buffer));
   gst_buffer_unmap(buffer, &map);
@@ -147,8 +152,10 @@ Film play(const std::string& path) {
 }
 
 void play_sound(const std::string& path, Film* film) {
-  play_track(path, "audio_0 ! aacparse ! avdec_aac ! audioconvert ! audio/x-raw,format=F32LE,layout=interleaved", film,
-             take_sound);
+  play_track(path,
+             "audio_0 ! aacparse ! avdec_aac ! audioconvert ! "
+             "audio/x-raw,format=F32LE,layout=interleaved,rate=48000,channels=2",
+             film, take_sound);
 }
 
 std::string rotation_with_ffprobe(const std::string& path) {

@@ -29,6 +29,7 @@ struct Film {
   std::string orientation;    ///< that the film asks a player for, as GStreamer's tag says it; empty for upright
   std::int64_t sound_ns = 0;  ///< length of the sound
   double sound_peak = 0;      ///< largest sample, 0..1
+  std::vector<float> levels;  ///< the same for each 10 ms
   std::string error;          ///< empty when the film plays to its end
 };
 

@@ -61,7 +61,7 @@ TEST(RecordOptions, EachMistakeIsNamed) {
       {{"--tolerance", "1", "a.mp4"}, "bad value \"1\" for --tolerance"},
       {{"--tolerance", "nan", "a.mp4"}, "bad value \"nan\" for --tolerance"},
       {{"--seconds", "0", "a.mp4"}, "bad value \"0\" for --seconds"},
-      {{"--microphone", "loud", "a.mp4"}, "bad value \"loud\" for --microphone"},
+      {{"--microphone", "", "a.mp4"}, "bad value \"\" for --microphone"},
       {{"--position", "7", "a.mp4"}, "bad value \"7\" for --position"},
       {{"--stamp", "0", "a.mp4"}, "bad value \"0\" for --stamp"},
       {{"--stamp-color", "6", "a.mp4"}, "bad value \"6\" for --stamp-color"},

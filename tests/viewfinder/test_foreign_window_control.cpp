@@ -231,6 +231,23 @@ TEST_F(Control, ShowsAHintWithThePictureOnly) {
   slot_->set_hint("");
 }
 
+TEST_F(Control, PassesAStatusOnAsLongAsItHolds) {
+  QSignalSpy changes(control_, &ForeignWindowControl::statusChanged);
+  post();
+  slot_->set_status("no sound");
+  settle();
+  EXPECT_EQ(control_->status(), "no sound");
+  control_->setWindowId("other");
+  EXPECT_EQ(control_->status(), "");
+  control_->setWindowId("view");
+  settle();
+  EXPECT_EQ(control_->status(), "no sound") << "the slot's status is older than the control's interest";
+  slot_->set_status("");
+  settle();
+  EXPECT_EQ(control_->status(), "");
+  EXPECT_EQ(changes.count(), 4);
+}
+
 TEST_F(Control, HasTheWindowsZOrder) {
   set(SCREEN_PROPERTY_ZORDER, -1);
   EXPECT_EQ(control_->z(), -1);

@@ -92,7 +92,7 @@ bool apply(int code, const char* value, Options* options) {
       return parse_number(value, 0.1, 1e7, &options->seconds);
     case microphone_code:
       options->microphone = value;
-      return options->microphone == "default" || options->microphone == "none" || options->microphone == "tone";
+      return !options->microphone.empty();
     case unpaced_code:
       options->unpaced = true;
       return true;
@@ -186,7 +186,8 @@ Records a camera with a live effect into a new MP4 file.
   --stamp-color N     0 black, 1 blue, 2 orange, 3 red, 4 yellow, 5 white (5)
   --stamp-position N  0 top left, 1 top right, 2 middle, 3 bottom left, 4 bottom right (4)
   --seconds S         length of the recording; without it, until Ctrl-C
-  --microphone KIND   default, none or tone (as the device profile says)
+  --microphone NAME   default, none, tone, gst:DESCRIPTION, or a microphone's label or
+                      identity or a part of one (as the device profile says)
   --unpaced           run a clip once, as fast as it can be recorded, dropping nothing
   --list              say what there is to record from, and end
   --help, --version

@@ -17,7 +17,7 @@ struct Options {
   int v = 128;
   float tolerance = 0.5F;  ///< of effects 8 to 11, 0 up to but not 1
   double seconds = 0;      ///< 0: until it is stopped, or the clip ends
-  std::string microphone;  ///< default, none or tone; empty: as the device profile says
+  std::string microphone;  ///< default, none, tone, gst:… or a name; empty: as the device profile says
   bool unpaced = false;
   std::string texture;      ///< name of a built-in texture, or a picture file; empty: none
   int position = 0;         ///< of a picture, 0..6

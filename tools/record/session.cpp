@@ -22,6 +22,7 @@
 #include "platform/camera/camera.h"
 #include "platform/camera/camera_config.h"
 #include "platform/camera/long_wait.h"
+#include "platform/camera/microphone_finder.h"
 #include "tools/record/overlays.h"
 
 namespace record {
@@ -143,6 +144,8 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
   config.rear = options.source;
   config.unpaced = options.unpaced;
   if (!options.microphone.empty()) config.microphone = options.microphone;
+  const std::string complaint = config.unpaced ? "" : handset::check_microphone(config.microphone);
+  if (!complaint.empty()) return complain(complaint);
   handset::configure_camera_service(config);
   handset::set_long_wait(wait_for_user);
 
@@ -160,8 +163,8 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
   _screen_wid = width;
   _screen_hi = height;
   choose_effect(options);
-  const std::string complaint = load_overlay(options);
-  if (!complaint.empty()) return complain(complaint);
+  const std::string overlay_complaint = load_overlay(options);
+  if (!overlay_complaint.empty()) return complain(overlay_complaint);
   if (!stamp->refresh()) return complain("cannot draw the stamp");
   error = start_filter_thread(handle);
   return error != 0 ? complain("cannot start the filter thread", "", error) : 0;

@@ -1,0 +1,132 @@
+#include "platform/camera/sound_track.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <utility>
+
+#include "platform/camera/capture.h"
+
+namespace handset {
+namespace {
+
+/// How far sound may lag the picture before silence takes its place, so that the muxer does not wait for it. Encoded
+/// pictures wait meanwhile, which costs nothing but what a killed recording loses.
+constexpr std::int64_t patience_ns = 1'000'000'000;
+/// The same while no sound is expected; should the microphone come back, its blocks are not older than this.
+constexpr std::int64_t idle_patience_ns = 250'000'000;
+/// How long the end of a recording waits for its last sound.
+constexpr std::chrono::milliseconds tail_patience{300};
+/// Differences between the microphone's clock and the picture's that are passed over.
+constexpr std::int64_t tolerance = audio_rate / 25;
+constexpr std::int64_t silence_block = 1024;
+
+std::int64_t samples_of(std::int64_t nanoseconds) {
+  return nanoseconds * (audio_rate / 1000) / 1'000'000;
+}
+
+float peak_of(GstBuffer* buffer) {
+  GstMapInfo map;
+  if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) return 0;
+  const auto* samples = reinterpret_cast<const float*>(map.data);
+  float peak = 0;
+  for (gsize i = 0; i < map.size / sizeof(float); ++i) peak = std::max(peak, std::fabs(samples[i]));
+  gst_buffer_unmap(buffer, &map);
+  return peak;
+}
+
+}  // namespace
+
+SoundTrack::SoundTrack(const std::string& microphone) : microphone_(microphone), watch_(monotonic_now()) {}
+
+void SoundTrack::begin(std::int64_t start) {
+  start_ = start;
+  begun_ = monotonic_now();
+  next_ = 0;
+  end_ = std::numeric_limits<std::int64_t>::max();
+  following_ = false;
+}
+
+void SoundTrack::feed(Film& film) {
+  for (Microphone::Block& block : microphone_.take()) {
+    watch_.take(monotonic_now(), peak_of(block.buffer.get()));
+    waiting_.push_back(std::move(block));
+  }
+  // Sound does not run ahead of the picture. But the muxer begins when it has heard from both tracks, and a source that
+  // stands still must not keep it waiting.
+  std::int64_t reached = film.length();
+  if (!film.in_file()) reached = std::max(reached, monotonic_now() - begun_);
+  for (; !waiting_.empty() && waiting_.front().timestamp - start_ < reached; waiting_.pop_front()) {
+    place(std::move(waiting_.front()), film);
+  }
+  fill(samples_of(reached - (microphone_.expected() ? patience_ns : idle_patience_ns)), film);
+  judge();
+}
+
+void SoundTrack::complete(Film& film) {
+  end_ = samples_of(film.length());
+  const auto last_moment = std::chrono::steady_clock::now() + tail_patience;
+  feed(film);
+  while (next_ < end_ && waiting_.empty() && microphone_.expected() && microphone_.wait(last_moment)) feed(film);
+  fill(end_, film);
+  if (!watch_.heard()) complain();
+  microphone_.close();
+}
+
+/// Silence up to a sample.
+void SoundTrack::fill(std::int64_t sample, Film& film) {
+  const std::int64_t last = std::min(sample, end_);
+  while (next_ < last) {
+    const std::int64_t count = std::min(silence_block, last - next_);
+    const auto bytes = static_cast<gsize>(count * audio_frame_bytes);
+    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, bytes, nullptr);
+    gst_buffer_memset(buffer, 0, 0, bytes);
+    film.push_audio(BufferPtr::adopt(buffer), static_cast<std::uint64_t>(next_));
+    next_ += count;
+    following_ = false;
+  }
+}
+
+/// Puts a block where its time says: a gap before it becomes silence, what overlaps is cut off. Blocks that follow each
+/// other within the tolerance do so sample by sample.
+void SoundTrack::place(Microphone::Block block, Film& film) {
+  const auto whole = static_cast<std::int64_t>(gst_buffer_get_size(block.buffer.get())) / audio_frame_bytes;
+  const std::int64_t at = samples_of(block.timestamp - start_);
+  const bool fits = following_ && std::abs(at - next_) <= tolerance;
+  if (!fits) fill(at, film);
+  const std::int64_t skip = fits ? 0 : std::max<std::int64_t>(0, next_ - at);
+  const std::int64_t count = std::min(whole - skip, end_ - next_);
+  if (count <= 0) return;
+  if (count < whole) {
+    block.buffer = BufferPtr::adopt(gst_buffer_copy_region(block.buffer.get(), GST_BUFFER_COPY_MEMORY,
+                                                           static_cast<gsize>(skip * audio_frame_bytes),
+                                                           static_cast<gsize>(count * audio_frame_bytes)));
+  }
+  film.push_audio(std::move(block.buffer), static_cast<std::uint64_t>(next_));
+  next_ += count;
+  following_ = true;
+}
+
+void SoundTrack::judge() {
+  const std::int64_t now = monotonic_now();
+  verdict_ = watch_.judge(now);
+  if (*status() != '\0' && watch_.without_sound(now) >= SoundWatch::silent_after) complain();
+}
+
+/// Says once why there is no sound.
+void SoundTrack::complain() {
+  if (std::exchange(complained_, true)) return;
+  std::string why = microphone_.trouble();
+  if (why.empty()) {
+    why = verdict_ == SoundWatch::Verdict::missing ? "the microphone has stopped" : "the microphone gives only silence";
+  }
+  std::fprintf(stderr, "no sound: %s\n", why.c_str());
+}
+
+const char* SoundTrack::status() const {
+  const bool none = verdict_ == SoundWatch::Verdict::missing || verdict_ == SoundWatch::Verdict::silent;
+  return none ? "no sound" : "";
+}
+
+}  // namespace handset

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+
+#include "platform/camera/film.h"
+#include "platform/camera/microphone.h"
+#include "platform/camera/sound_watch.h"
+
+namespace handset {
+
+/// The sound of a recording: what the microphone delivers, placed where its times say, and silence where there is
+/// nothing. The microphone is on from the first to the last moment of this. Used by one thread.
+class SoundTrack {
+ public:
+  /// @param microphone  a setting as Microphone takes it
+  explicit SoundTrack(const std::string& microphone);
+
+  /// The next film begins. @param start  CLOCK_MONOTONIC nanoseconds of its time 0
+  void begin(std::int64_t start);
+  /// Brings what has come into the film, and silence where nothing is to be expected. To be called often.
+  void feed(Film& film);
+  /// Fills the track up to the picture's end, waits shortly for the sound that is still on its way, and begins to close
+  /// the microphone.
+  void complete(Film& film);
+
+  /// What a viewfinder is to say: "no sound" while there is none, else nothing.
+  const char* status() const;
+
+ private:
+  void place(Microphone::Block block, Film& film);
+  void fill(std::int64_t sample, Film& film);
+  void judge();
+  void complain();
+
+  Microphone microphone_;
+  SoundWatch watch_;
+  SoundWatch::Verdict verdict_ = SoundWatch::Verdict::open;
+  bool complained_ = false;
+  std::deque<Microphone::Block> waiting_;  ///< for the picture
+  std::int64_t start_ = 0;
+  std::int64_t begun_ = 0;  ///< when begin() was called
+  std::int64_t next_ = 0;   ///< first sample of the current film that was not fed yet
+  std::int64_t end_ = 0;    ///< nothing is fed from this sample on
+  bool following_ = false;  ///< what was fed last was sound
+};
+
+}  // namespace handset
