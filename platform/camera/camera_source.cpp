@@ -14,7 +14,7 @@
 namespace handset {
 namespace {
 
-/// For servers that are slow when no camera is known yet.
+/// For servers that are slow when no camera is known that can be used.
 constexpr std::chrono::milliseconds further_wait{2000};
 constexpr std::chrono::milliseconds first_wait{1000};
 /// A window does not stand still for longer; it hears of the cameras later.
@@ -169,9 +169,13 @@ int resolve_role(const CameraServiceConfig& config, camera_unit_t unit, const st
 int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source) {
   CameraWatch& watch = CameraWatch::instance();
   std::vector<FoundCamera> cameras = watch.cameras_now(config.wait_for_picture ? first_wait : window_wait);
-  if (cameras.empty() && config.wait_for_picture) cameras = watch.cameras_now(further_wait);
-  if (cameras.empty() && !watch.wait_first_scan(std::chrono::milliseconds(0))) {
-    return fail(CameraTrouble::searching, explain(CameraTrouble::searching, {}), source);
+  const auto is_usable = [](const FoundCamera& camera) { return camera.usable(); };
+  if (!std::any_of(cameras.begin(), cameras.end(), is_usable)) {
+    if (config.wait_for_picture) {
+      cameras = watch.cameras_now(further_wait);
+    } else if (!watch.wait_first_scan(std::chrono::milliseconds(0))) {
+      return fail(CameraTrouble::searching, explain(CameraTrouble::searching, {}), source);
+    }
   }
   if (!name.empty()) return resolve_named(cameras, name, config.wait_for_picture, source);
   if (!cameras.empty()) return resolve_role(config, unit, cameras, source);

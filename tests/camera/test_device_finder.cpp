@@ -302,8 +302,8 @@ TEST(CameraList, SaysWhatThereIs) {
             "  Denied (/dev/video1, Denied@2:1.0)\n"
             "    not used: Denied: no access (/dev/video1: Permission denied)\n"
             "  HD (/dev/video0, HD@7)\n"
-            "    1280x720 @ 29.97 MJPEG\n"
-            "    640x480 @ 30 YUY2\n");
+            "    1280x720@29.97 MJPEG\n"
+            "    640x480@30 YUY2\n");
   EXPECT_EQ(record::describe_cameras({}), "  none\n");
 }
 

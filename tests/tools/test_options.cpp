@@ -79,6 +79,8 @@ TEST(RecordOptions, HelpNeedsNoOutput) {
   record::Options options;
   EXPECT_EQ(parse({"--help"}, &options), "");
   EXPECT_EQ(options.action, record::Options::Action::help);
+  EXPECT_EQ(parse({"--list"}, &options), "");
+  EXPECT_EQ(options.action, record::Options::Action::list);
 }
 
 }  // namespace

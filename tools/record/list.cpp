@@ -3,11 +3,16 @@
 #include <cmath>
 #include <cstdio>
 
+#include "platform/camera/node_scan.h"
+#include "platform/camera/v4l2_node.h"
+
 namespace record {
 namespace {
 
 using handset::CameraKind;
 using handset::CameraWay;
+
+constexpr std::chrono::milliseconds busy_limit{500};
 
 const char* kind_text(CameraKind kind) {
   switch (kind) {
@@ -48,7 +53,7 @@ std::string describe_size(const handset::FoundCamera& camera, const camera_res_t
   std::string line = "    " + std::to_string(size.width) + "x" + std::to_string(size.height);
   const handset::CameraMode* mode = handset::choose_mode(camera.modes, size);
   const handset::ChosenWay choice = handset::choose_way(*mode);
-  if (choice.rate.numerator > 0) line += " @ " + rate_text(choice.rate.value());
+  if (choice.rate.numerator > 0) line += "@" + rate_text(choice.rate.value());
   return line + " " + format_text(*choice.way) + "\n";
 }
 
@@ -67,7 +72,15 @@ std::string describe_cameras(const std::vector<handset::FoundCamera>& cameras) {
 }
 
 int print_list() {
-  std::printf("Cameras:\n%s", describe_cameras(handset::find_cameras()).c_str());
+  std::vector<handset::FoundCamera> cameras = handset::find_cameras();
+  for (handset::FoundCamera& camera : cameras) {
+    const bool exclusive = camera.usable() && camera.direct && camera.kind != CameraKind::loopback;
+    const auto busy = [node = camera.node] { return handset::node_is_busy(node); };
+    if (!exclusive || !handset::ask_within(busy_limit, false, busy)) continue;
+    camera.trouble = handset::CameraTrouble::busy;
+    camera.why = handset::explain(camera.trouble, camera.label);
+  }
+  std::printf("Cameras:\n%s", describe_cameras(cameras).c_str());
   return 0;
 }
 
