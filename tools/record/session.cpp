@@ -62,13 +62,6 @@ int complain(const char* what, const std::string& detail, int error) {
   return 1;
 }
 
-/// Of errors that the camera service has not explained already.
-int complain_of_camera(const char* what, int error) {
-  const bool explained = error == EACCES || error == EIO || error == ETIMEDOUT || error == ENODEV || error == ENOTSUP ||
-                         error == ENOENT || error == EINVAL;
-  return explained ? 1 : complain(what, "", error);
-}
-
 /// News from the camera service's threads.
 struct News {
   std::atomic<bool> revoked{false};
@@ -120,9 +113,9 @@ void choose_effect(const Options& options) {
 /// Opens and starts the camera that the service gives. What is wrong with a source the service says.
 /// @return 0, 1 with everything said, or another_camera
 int open_and_start(const Options& options, Camera* camera, News* news, camera_res_t* size) {
-  if (const int error = camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle)) {
+  if (camera_open(CAMERA_UNIT_REAR, CAMERA_MODE_ALL, &camera->handle) != 0) {
     camera->handle = CAMERA_HANDLE_INVALID;
-    return complain_of_camera("cannot open the camera", error);
+    return 1;
   }
   *size = choose_size(options, camera->handle);
   const int width = static_cast<int>(size->width);
@@ -136,7 +129,8 @@ int open_and_start(const Options& options, Camera* camera, News* news, camera_re
   if (error != 0) return complain("cannot set the camera up", "", error);
   error = camera_start_video_viewfinder(camera->handle, nullptr, on_status, news);
   if (error == 0) return 0;
-  return handset::camera_may_be_replaced(camera->handle) ? another_camera : complain_of_camera("cannot start the camera", error);
+  if (error == EINVAL) return complain("cannot start the camera", "", error);
+  return handset::camera_may_be_replaced(camera->handle) ? another_camera : 1;
 }
 
 int start_camera(const Options& options, Camera* camera, News* news, Stamp* stamp) {
