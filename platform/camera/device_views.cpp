@@ -100,13 +100,8 @@ void watch(Monitor* shared) {
   gst_device_monitor_start(monitor);
   for (;;) {
     publish(shared, monitor);
-    const auto types =
-        static_cast<GstMessageType>(GST_MESSAGE_DEVICE_ADDED | GST_MESSAGE_DEVICE_REMOVED | GST_MESSAGE_DEVICE_CHANGED);
-    // Extended message types are filtered by hand: as a mask they match whatever shares a bit with them.
-    for (bool news = false; !news;) {
-      const MessagePtr message =
-          MessagePtr::adopt(gst_bus_timed_pop_filtered(bus.get(), GST_CLOCK_TIME_NONE, GST_MESSAGE_ANY));
-      news = message && (GST_MESSAGE_TYPE(message.get()) & types) != 0;
+    // Devices that come, change and go are all that is told on this bus.
+    while (!MessagePtr::adopt(gst_bus_timed_pop(bus.get(), GST_CLOCK_TIME_NONE))) {
     }
     // The others that come with it are in the same list.
     while (const MessagePtr message = MessagePtr::adopt(gst_bus_pop(bus.get()))) {
