@@ -11,6 +11,7 @@
 
 #include "platform/camera/frame.h"
 #include "platform/camera/source.h"
+#include "platform/camera/stabilizer.h"
 
 namespace handset {
 
@@ -22,7 +23,8 @@ class Capture {
     const Source* source;
     camera_res_t size;
     int frame_rate;
-    bool unpaced;  ///< a clip runs once, as fast as its frames are taken
+    bool unpaced;             ///< a clip runs once, as fast as its frames are taken
+    bool stabilized = false;  ///< as set_stabilized does it, from the first frame on
   };
   /// Runs on the streaming thread; may block to slow an unpaced source.
   using Deliver = std::function<void(Frame)>;
@@ -52,6 +54,9 @@ class Capture {
   void set_zoom(double factor);
   /// Exposure and colour preset; zeros cost nothing. Any thread.
   void set_balance(double brightness, double contrast, double saturation);
+  /// Takes the shake out of the frames, for which a little around them is cropped. Holds from one of the next frames
+  /// on, whose size stays the same; off, it costs nothing. Any thread.
+  void set_stabilized(bool on);
   /// Frame rate as negotiated; 0/1 while unknown or variable.
   void frame_rate(int* numerator, int* denominator) const;
 
@@ -74,6 +79,9 @@ class Capture {
   std::int64_t time_of(GstSample* sample);
   void count_missed(GstBuffer* frame);
   Frame make_exclusive(Frame frame);
+  void ask_for_size();
+  bool take_caps(GstCaps* caps);
+  bool choose_view(Frame* frame);
   bool seek_to_start(bool flush);
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);
@@ -82,6 +90,7 @@ class Capture {
   const Deliver deliver_;
   ElementPtr pipeline_;
   ElementPtr crop_;
+  ElementPtr shape_;  ///< caps that the converter has to meet
   ElementPtr balance_;
   ElementPtr sink_;
   BusPtr bus_;
@@ -101,6 +110,7 @@ class Capture {
 
   std::shared_ptr<const GstVideoInfo> info_;  ///< written by the streaming thread
 
+  std::atomic<bool> stabilized_;  ///< as asked for
   std::atomic<std::uint64_t> missed_{0};
   std::atomic<std::uint64_t> copied_{0};
 
@@ -111,6 +121,8 @@ class Capture {
   GstClockTime last_duration_ = GST_CLOCK_TIME_NONE;
   bool limited_range_ = false;  ///< the converter leaves frames in the input's limited range
   CapsPtr caps_;
+  std::shared_ptr<const GstVideoInfo> canvas_;  ///< of the buffers, while they are larger than the frames
+  std::unique_ptr<Stabilizer> stabilizer_;      ///< while there is a canvas
 };
 
 /// The rectangle of an input that fills an output of another shape, magnified: pixels to cut off on

@@ -58,6 +58,7 @@ int CameraUnit::set_properties(Stream stream, int property, std::va_list* values
     rotation = viewfinder_.rotation;
   }
   if (of_viewfinder && feed) feed->slot().set_rotation(rotation);
+  if (!of_viewfinder) apply_stabilization();
   return 0;
 }
 
@@ -101,6 +102,7 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
   lost_ = false;
   if (const int error = launch(size, frame_rate)) return error;
   apply_look();
+  apply_stabilization();  // it may have been switched while the capture started
   prepare(size, frame_rate);
   auto stop = std::make_shared<std::atomic<bool>>(false);
   {
@@ -114,9 +116,14 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
 /// Starts the capture and waits for its first frame; leaves nothing behind when there is none.
 int CameraUnit::launch(camera_res_t size, int frame_rate) {
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
+  bool stabilized = false;
+  {
+    const std::lock_guard lock(state_mutex_);
+    stabilized = video_.stabilization != 0;
+  }
   std::string why;
   std::shared_ptr<Capture> capture = Capture::start(
-      {.source = &source_, .size = size, .frame_rate = frame_rate, .unpaced = unpaced_},
+      {.source = &source_, .size = size, .frame_rate = frame_rate, .unpaced = unpaced_, .stabilized = stabilized},
       [exchange](Frame frame) { exchange->offer(std::move(frame)); }, &why);
   int error = capture == nullptr ? EIO : 0;
   if (capture != nullptr) {
@@ -236,7 +243,7 @@ void CameraUnit::publish(const Frame& frame) {
 
 void CameraUnit::call_with_descriptor(const Client& client, const Frame& frame) const {
   GstVideoFrame mapped;
-  if (!gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ)) return;
+  if (!map_frame(frame, GST_MAP_READ, &mapped)) return;
   camera_buffer_t buffer = describe_frame(mapped, frame.timestamp);
   client.frame(handle_, &buffer, client.arg);
   gst_video_frame_unmap(&mapped);

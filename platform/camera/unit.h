@@ -86,6 +86,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   void finish_clip(const StopFlag& stop);
   void report_recording_error();
   void apply_look();
+  void apply_stabilization();
   std::shared_ptr<Recorder> recorder() const;
   void end_recording();
 
