@@ -5,10 +5,12 @@
 
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
 #include "platform/camera/camera_config.h"
+#include "platform/camera/stabilizer.h"
 #include "tests/support/allocation_counter.h"
 #include "tests/support/temp_dir.h"
 
@@ -46,6 +48,18 @@ TEST(Allocations, ARecordedFrameCostsTheFilterThreadNone) {
   EXPECT_EQ(camera_stop_video(handle), 0);
   kill_thread();
   camera_close(handle);
+}
+
+TEST(Allocations, ChoosingAViewCostsNone) {
+  handset::Stabilizer stabilizer({1280, 720});
+  const camera_res_t canvas = handset::Stabilizer::canvas_of({1280, 720});
+  std::vector<std::uint8_t> luma(canvas.width * canvas.height);
+  for (std::size_t i = 0; i < luma.size(); ++i) luma[i] = static_cast<std::uint8_t>(i * i >> 9);
+  const int before = allocation_counter::allocations;
+  allocation_counter::counting = true;
+  for (int i = 0; i < 5; ++i) stabilizer.next(luma.data(), static_cast<std::ptrdiff_t>(canvas.width), i * 33'333'333);
+  allocation_counter::counting = false;
+  EXPECT_EQ(allocation_counter::allocations, before);
 }
 
 }  // namespace
