@@ -55,8 +55,8 @@ enum camera_imgprop_t : std::int32_t {
   CAMERA_IMGPROP_ROTATION = 6,
   /// 1 on, 0 off. The video stream's takes the shake out of every frame, for which up to 8 % of each side are cropped.
   CAMERA_IMGPROP_STABILIZATION = 7,
-  CAMERA_IMGPROP_WIN_GROUPID = 11,   ///< C string, viewfinder stream only
-  CAMERA_IMGPROP_WIN_ID = 12,        ///< C string, viewfinder stream only
+  CAMERA_IMGPROP_WIN_GROUPID = 11,  ///< C string, viewfinder stream only
+  CAMERA_IMGPROP_WIN_ID = 12,       ///< C string, viewfinder stream only
 };
 
 enum camera_frametype_t : std::int32_t {
