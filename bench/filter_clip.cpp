@@ -40,11 +40,11 @@ int main(int argc, char** argv) {
   int frames = 0;
   std::string error;
   const auto capture = handset::Capture::start(
-      {&source, size, 30, true},
+      {{std::shared_ptr<const handset::Source>(), &source}, size, 30, true},
       [&](const handset::Frame& frame) {
         ++frames;
         GstVideoFrame mapped;
-        if (!filters || !gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READWRITE)) return;
+        if (!filters || !handset::map_frame(frame, GST_MAP_READWRITE, &mapped)) return;
         const camera_buffer_t buffer = handset::describe_frame(mapped, frame.timestamp);
         process_frame(buffer, buffer);
         gst_video_frame_unmap(&mapped);

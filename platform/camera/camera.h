@@ -53,9 +53,10 @@ enum camera_imgprop_t : std::int32_t {
   /// 0, 90, 180 or 270 degrees. Kept for the stream and never done to a pixel: no camera here turns with the handset,
   /// so every frame is upright as it is. The screen gets the viewfinder's with the frames; a film carries none.
   CAMERA_IMGPROP_ROTATION = 6,
-  CAMERA_IMGPROP_STABILIZATION = 7,  ///< 1 on, 0 off
-  CAMERA_IMGPROP_WIN_GROUPID = 11,   ///< C string, viewfinder stream only
-  CAMERA_IMGPROP_WIN_ID = 12,        ///< C string, viewfinder stream only
+  /// 1 on, 0 off. The video stream's takes the shake out of every frame, for which up to 8 % of each side are cropped.
+  CAMERA_IMGPROP_STABILIZATION = 7,
+  CAMERA_IMGPROP_WIN_GROUPID = 11,  ///< C string, viewfinder stream only
+  CAMERA_IMGPROP_WIN_ID = 12,       ///< C string, viewfinder stream only
 };
 
 enum camera_frametype_t : std::int32_t {

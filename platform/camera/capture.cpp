@@ -44,7 +44,8 @@ BrightenPlanes planes_of(const GstVideoFrame& frame) {
 
 }  // namespace
 
-Capture::Capture(Setup setup, Deliver deliver) : setup_(std::move(setup)), deliver_(std::move(deliver)) {}
+Capture::Capture(Setup setup, Deliver deliver)
+    : setup_(std::move(setup)), deliver_(std::move(deliver)), stabilized_(setup_.stabilized) {}
 
 std::unique_ptr<Capture> Capture::start(Setup setup, Deliver deliver, std::string* error) {
   std::unique_ptr<Capture> capture(new Capture(std::move(setup), std::move(deliver)));
@@ -68,13 +69,11 @@ bool Capture::build(std::string* error) {
   ElementPtr source = make_source_element(*setup_.source, setup_.way, setup_.size, setup_.frame_rate, error);
   if (!source) return false;
   GError* problem = nullptr;
-  const std::string caps = "video/x-raw,format=NV12,width=" + std::to_string(setup_.size.width) +
-                           ",height=" + std::to_string(setup_.size.height) +
-                           ",pixel-aspect-ratio=1/1,colorimetry=" + frame_colorimetry;
   GstElement* tail = gst_parse_bin_from_description_full(
       (std::string("videocrop name=crop ! videoconvertscale name=convert n-threads=2 add-borders=") +
-       (setup_.source->is_screen() ? "true ! " : "false ! ") + caps +
-       " ! videobalance name=balance ! appsink name=sink max-buffers=1 enable-last-sample=false wait-on-eos=false")
+       (setup_.source->is_screen() ? "true" : "false") +
+       " ! capsfilter name=shape caps-change-mode=delayed ! videobalance name=balance ! appsink name=sink "
+       "max-buffers=1 enable-last-sample=false wait-on-eos=false")
           .c_str(),
       TRUE, nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &problem);
   if (tail == nullptr) {
@@ -92,9 +91,11 @@ bool Capture::build(std::string* error) {
     return ElementPtr::adopt(gst_bin_get_by_name(GST_BIN(pipeline_.get()), name));
   };
   crop_ = child("crop");
+  shape_ = child("shape");
   balance_ = child("balance");
   sink_ = child("sink");
   bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));
+  ask_for_size();
   // A file has to be slowed down to its own pace; cameras come at theirs.
   g_object_set(sink_.get(), "sync", setup_.source->is_file_paced() && !setup_.unpaced ? TRUE : FALSE, nullptr);
   GstAppSinkCallbacks callbacks{};
@@ -207,6 +208,20 @@ void Capture::set_balance(double brightness, double contrast, double saturation)
                nullptr);
 }
 
+void Capture::set_stabilized(bool on) {
+  if (stabilized_.exchange(on) != on) ask_for_size();
+}
+
+/// Of the converter: frames, or canvases that frames are parts of.
+void Capture::ask_for_size() {
+  const camera_res_t size = stabilized_ ? Stabilizer::canvas_of(setup_.size) : setup_.size;
+  const std::string text = "video/x-raw,format=NV12,width=" + std::to_string(size.width) +
+                           ",height=" + std::to_string(size.height) +
+                           ",pixel-aspect-ratio=1/1,colorimetry=" + frame_colorimetry;
+  const CapsPtr caps = CapsPtr::adopt(gst_caps_from_string(text.c_str()));
+  g_object_set(shape_.get(), "caps", caps.get(), nullptr);
+}
+
 void Capture::frame_rate(int* numerator, int* denominator) const {
   const std::lock_guard lock(mutex_);
   *numerator = rate_numerator_;
@@ -275,24 +290,17 @@ GstFlowReturn Capture::take_sample() {
     const SamplePtr sample = SamplePtr::adopt(gst_app_sink_pull_sample(GST_APP_SINK(sink_.get())));
     if (!sample) return GST_FLOW_EOS;
     GstCaps* caps = gst_sample_get_caps(sample.get());
-    if (caps_.get() != caps) {
-      auto info = std::make_shared<GstVideoInfo>();
-      if (!gst_video_info_from_caps(info.get(), caps)) return GST_FLOW_NOT_NEGOTIATED;
-      const std::lock_guard lock(mutex_);
-      info_ = std::move(info);
-      caps_ = CapsPtr::share(caps);
-    }
+    if (caps_.get() != caps && !take_caps(caps)) return GST_FLOW_NOT_NEGOTIATED;
     frame = {std::move(arriving_), info_, 0};
     if (!frame) return GST_FLOW_OK;
     count_missed(frame.buffer.get());
     frame.timestamp = time_of(sample.get());
   }
   frame = make_exclusive(std::move(frame));
-  if (!frame) return GST_FLOW_ERROR;
+  if (!frame || (stabilizer_ && !choose_view(&frame))) return GST_FLOW_ERROR;
   const bool brighter = brighten_;
   GstVideoFrame mapped;
-  if ((limited_range_ || brighter) &&
-      gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READWRITE)) {
+  if ((limited_range_ || brighter) && map_frame(frame, GST_MAP_READWRITE, &mapped)) {
     if (limited_range_) expand_range(&mapped);
     if (brighter) brighten(planes_of(mapped));
     gst_video_frame_unmap(&mapped);
@@ -305,6 +313,36 @@ GstFlowReturn Capture::take_sample() {
   arrived_.notify_all();
   deliver_(std::move(frame));
   return GST_FLOW_OK;
+}
+
+/// Of what comes from now on.
+bool Capture::take_caps(GstCaps* caps) {
+  const bool same = caps_ && gst_caps_is_equal(caps_.get(), caps);
+  caps_ = CapsPtr::share(caps);
+  if (same) return true;
+  auto whole = std::make_shared<GstVideoInfo>();
+  if (!gst_video_info_from_caps(whole.get(), caps)) return false;
+  auto picture = part_of(*whole, setup_.size.width, setup_.size.height);
+  const bool larger = GST_VIDEO_INFO_SIZE(whole.get()) > GST_VIDEO_INFO_SIZE(picture.get());
+  canvas_ = larger ? std::move(whole) : nullptr;
+  stabilizer_ = larger ? std::make_unique<Stabilizer>(setup_.size) : nullptr;
+  const std::lock_guard lock(mutex_);
+  info_ = std::move(picture);
+  return true;
+}
+
+/// Makes a frame of a canvas. @return false when its memory cannot be read
+bool Capture::choose_view(Frame* frame) {
+  GstVideoFrame mapped;
+  if (!gst_video_frame_map(&mapped, canvas_.get(), frame->buffer.get(), GST_MAP_READ)) return false;
+  const Stabilizer::View view =
+      stabilizer_->next(static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, 0)),
+                        GST_VIDEO_FRAME_PLANE_STRIDE(&mapped, 0), frame->timestamp);
+  gst_video_frame_unmap(&mapped);
+  frame->canvas = canvas_;
+  frame->left = view.left;
+  frame->top = view.top;
+  return true;
 }
 
 /// Capture time of a sample's picture.

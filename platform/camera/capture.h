@@ -11,6 +11,7 @@
 
 #include "platform/camera/frame.h"
 #include "platform/camera/source.h"
+#include "platform/camera/stabilizer.h"
 
 namespace handset {
 
@@ -22,7 +23,8 @@ class Capture {
     std::shared_ptr<const Source> source;
     camera_res_t size;
     int frame_rate;
-    bool unpaced;                        ///< a clip runs once, as fast as its frames are taken
+    bool unpaced;                          ///< a clip runs once, as fast as its frames are taken
+    bool stabilized = false;               ///< as set_stabilized does it, from the first frame on
     int way = 0;                           ///< of Source::ways()
     std::shared_ptr<void> hold = nullptr;  ///< let go of when the capture has stopped
   };
@@ -56,6 +58,9 @@ class Capture {
   void set_balance(double brightness, double contrast, double saturation);
   /// Twice the light, see brighten.h; off costs nothing. Any thread.
   void set_brighten(bool on) { brighten_ = on; }
+  /// Takes the shake out of the frames, for which a little around them is cropped. Holds from one of the next frames
+  /// on, whose size stays the same; off, it costs nothing. Any thread.
+  void set_stabilized(bool on);
   /// Frame rate as negotiated; 0/1 while unknown or variable.
   void frame_rate(int* numerator, int* denominator) const;
 
@@ -78,6 +83,9 @@ class Capture {
   std::int64_t time_of(GstSample* sample);
   void count_missed(GstBuffer* frame);
   Frame make_exclusive(Frame frame);
+  void ask_for_size();
+  bool take_caps(GstCaps* caps);
+  bool choose_view(Frame* frame);
   bool seek_to_start(bool flush);
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);
@@ -86,6 +94,7 @@ class Capture {
   const Deliver deliver_;
   ElementPtr pipeline_;
   ElementPtr crop_;
+  ElementPtr shape_;  ///< caps that the converter has to meet
   ElementPtr balance_;
   ElementPtr sink_;
   BusPtr bus_;
@@ -107,6 +116,7 @@ class Capture {
   std::shared_ptr<const GstVideoInfo> info_;  ///< written by the streaming thread
 
   std::atomic<bool> brighten_{false};
+  std::atomic<bool> stabilized_;  ///< as asked for
   std::atomic<std::uint64_t> missed_{0};
   std::atomic<std::uint64_t> copied_{0};
 
@@ -117,6 +127,8 @@ class Capture {
   GstClockTime last_duration_ = GST_CLOCK_TIME_NONE;
   bool limited_range_ = false;  ///< the converter leaves frames in the input's limited range
   CapsPtr caps_;
+  std::shared_ptr<const GstVideoInfo> canvas_;  ///< of the buffers, while they are larger than the frames
+  std::unique_ptr<Stabilizer> stabilizer_;      ///< while there is a canvas
 };
 
 /// The rectangle of an input that fills an output of another shape, magnified: pixels to cut off on

@@ -132,7 +132,8 @@ void Film::push_video(const Frame& frame) {
   // Two cameras' frames, or one that was held up, must not go back in time: the muxer refuses that.
   const std::int64_t pts = std::max(frame.timestamp - setup_.start, last_pts_ + 1);
   // A new wrapper around the same memory: the screen reads the original's timestamp at the same time.
-  GstBuffer* buffer = gst_buffer_copy(frame.buffer.get());
+  GstBuffer* buffer = wrap_picture(frame).release();
+  if (buffer == nullptr) return;
   GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(pts);
   GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE;
   length_ = pts + (GST_BUFFER_DURATION_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_DURATION(buffer))

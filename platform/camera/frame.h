@@ -13,11 +13,28 @@ namespace handset {
 /// reference to the pixels; nobody but the holder of a fetched frame pair writes them.
 struct Frame {
   BufferPtr buffer;
-  std::shared_ptr<const GstVideoInfo> info;
-  std::int64_t timestamp = 0;  ///< nanoseconds of CLOCK_MONOTONIC
+  std::shared_ptr<const GstVideoInfo> info;  ///< of the picture; map_frame knows where it is in the buffer
+  std::int64_t timestamp = 0;                ///< nanoseconds of CLOCK_MONOTONIC
+  /// Of what fills the buffer when the picture is only a part of it, else null.
+  std::shared_ptr<const GstVideoInfo> canvas = nullptr;
+  int left = 0;  ///< where in the canvas the picture begins; even
+  int top = 0;
 
-  Frame share() const { return {buffer.share(), info, timestamp}; }
+  Frame share() const { return {buffer.share(), info, timestamp, canvas, left, top}; }
   explicit operator bool() const { return static_cast<bool>(buffer); }
 };
+
+/// Describes an NV12 picture of another size that is otherwise like a whole one.
+std::shared_ptr<const GstVideoInfo> part_of(const GstVideoInfo& whole, unsigned width, unsigned height);
+
+/// Maps a frame's picture; `mapped` has its size, pointers to its first samples, and the strides of what fills the
+/// buffer. gst_video_frame_unmap ends it. Any thread; allocates nothing.
+/// @return false when the memory cannot be had that way
+bool map_frame(const Frame& frame, GstMapFlags flags, GstVideoFrame* mapped);
+
+/// A read-only buffer around a frame's picture, for elements that know the picture's caps and GstVideoMeta. The frame's
+/// own buffer goes back to its pool after it, whoever lets go of it last. Any thread.
+/// @return empty when the memory cannot be read
+BufferPtr wrap_picture(const Frame& frame);
 
 }  // namespace handset

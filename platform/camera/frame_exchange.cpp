@@ -120,7 +120,7 @@ int FrameExchange::fetch(camera_eventkey_t key, camera_buffer_t* input, camera_b
   const std::lock_guard lock(mutex_);
   if (!armed_ || key != key_) return EBADF;
   if (state_ != State::announced) return EAGAIN;
-  if (!gst_video_frame_map(&mapped_, current_.info.get(), current_.buffer.get(), GST_MAP_READWRITE)) {
+  if (!map_frame(current_, GST_MAP_READWRITE, &mapped_)) {
     drop_announced();
     return EIO;
   }

@@ -63,6 +63,7 @@ int CameraUnit::set_properties(Stream stream, int property, std::va_list* values
     rotation = viewfinder_.rotation;
   }
   if (of_viewfinder && feed) feed->slot().set_rotation(rotation);
+  if (!of_viewfinder) apply_stabilization();
   return 0;
 }
 
@@ -224,7 +225,7 @@ void CameraUnit::publish(const Frame& frame) {
 
 void CameraUnit::call_with_descriptor(const Client& client, const Frame& frame) const {
   GstVideoFrame mapped;
-  if (!gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ)) return;
+  if (!map_frame(frame, GST_MAP_READ, &mapped)) return;
   camera_buffer_t buffer = describe_frame(mapped, frame.timestamp);
   client.frame(handle_, &buffer, client.arg);
   gst_video_frame_unmap(&mapped);

@@ -120,6 +120,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   void open_controls();
   void apply_look();
   std::shared_ptr<DeviceControls> controls() const;
+  void apply_stabilization();
   std::shared_ptr<Recorder> recorder() const;
   std::shared_ptr<Capture> capture() const;
   void with_slot(const std::function<void(ViewfinderSlot&)>& change) const;

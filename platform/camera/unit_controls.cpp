@@ -1,4 +1,4 @@
-// A unit's scene modes, light, focus and zoom.
+// A unit's scene modes, light, focus, zoom and stabilization.
 
 #include <cerrno>
 
@@ -82,6 +82,17 @@ void CameraUnit::apply_look() {
   capture->set_balance(look.brightness, look.contrast, look.saturation);
   capture->set_brighten(wishes.light && !plan.light_in_device);
   capture->set_zoom(plan.picture_zoom);
+}
+
+void CameraUnit::apply_stabilization() {
+  std::shared_ptr<Capture> capture;
+  bool on = false;
+  {
+    const std::lock_guard lock(state_mutex_);
+    capture = capture_;
+    on = video_.stabilization != 0;
+  }
+  if (capture) capture->set_stabilized(on);
 }
 
 int CameraUnit::set_scene_mode(camera_scenemode_t mode) {

@@ -116,13 +116,15 @@ int CameraUnit::launch(const Run& run, Reason* reason) {
 int CameraUnit::launch_way(const Run& run, int way, Reason* reason) {
   camera_res_t size{};
   int frame_rate = 0;
+  bool stabilized = false;
   {
     const std::lock_guard lock(state_mutex_);
+    stabilized = video_.stabilization != 0;
     size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
     frame_rate = viewfinder_.frame_rate;
   }
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
-  CaptureStart start({.source = source_, .size = size, .frame_rate = frame_rate, .unpaced = unpaced_, .way = way},
+  CaptureStart start({.source = source_, .size = size, .frame_rate = frame_rate, .unpaced = unpaced_, .stabilized = stabilized, .way = way},
                      [exchange](Frame frame) { exchange->offer(std::move(frame)); });
   std::shared_ptr<Capture> capture;
   std::string why;
@@ -208,6 +210,7 @@ void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture) {
   });
   if (!controls()) open_controls();
   apply_look();
+  apply_stabilization();  // it may have been switched while the capture started
   prepare();
 }
 

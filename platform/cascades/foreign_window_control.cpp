@@ -59,7 +59,7 @@ class PixelGrid {
 class MappedFrame {
  public:
   explicit MappedFrame(const handset::Frame& frame)
-      : mapped_(gst_video_frame_map(&video_, frame.info.get(), frame.buffer.get(), GST_MAP_READ) != FALSE) {}
+      : mapped_(handset::map_frame(frame, GST_MAP_READ, &video_)) {}
   MappedFrame(const MappedFrame&) = delete;
   MappedFrame& operator=(const MappedFrame&) = delete;
   ~MappedFrame() {

@@ -30,7 +30,7 @@ struct Pixel {
 
 Pixel centre_of(const Frame& frame) {
   GstVideoFrame mapped;
-  if (!gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ)) return {-1, -1, -1};
+  if (!handset::map_frame(frame, GST_MAP_READ, &mapped)) return {-1, -1, -1};
   const int row = GST_VIDEO_FRAME_HEIGHT(&mapped) / 2;
   const int column = (GST_VIDEO_FRAME_WIDTH(&mapped) / 2) & ~1;
   const auto* y = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, 0)) +
@@ -140,7 +140,7 @@ TEST(CaptureColours, OfAFullRangeSourceArePassedThrough) {
       first_frame(custom("morvanescene ! capsfilter caps=video/x-raw,width=320,height=240"), {320, 240});
   ASSERT_TRUE(frame);
   GstVideoFrame mapped;
-  ASSERT_TRUE(gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ));
+  ASSERT_TRUE(handset::map_frame(frame, GST_MAP_READ, &mapped));
   const auto* luma = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, 0));
   const int stride = GST_VIDEO_FRAME_PLANE_STRIDE(&mapped, 0);
   // The ends of the grey ramp.
@@ -155,7 +155,7 @@ TEST(CaptureShape, IsFilledWithoutBorders) {
       custom("videotestsrc is-live=true pattern=white ! capsfilter caps=video/x-raw,width=640,height=480"), {720, 720});
   ASSERT_TRUE(frame);
   GstVideoFrame mapped;
-  ASSERT_TRUE(gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ));
+  ASSERT_TRUE(handset::map_frame(frame, GST_MAP_READ, &mapped));
   for (const int row : {0, 359, 719}) {
     for (const int column : {0, 359, 719}) {
       EXPECT_GT(static_cast<std::uint8_t*>(

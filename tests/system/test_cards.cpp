@@ -37,7 +37,7 @@ using Colour = std::array<int, 3>;
 /// Y, U and V in the middle of a frame.
 Colour middle_of(const Frame& frame) {
   GstVideoFrame mapped;
-  if (!frame || !gst_video_frame_map(&mapped, frame.info.get(), frame.buffer.get(), GST_MAP_READ)) return {};
+  if (!frame || !handset::map_frame(frame, GST_MAP_READ, &mapped)) return {};
   const int x = GST_VIDEO_FRAME_WIDTH(&mapped) / 4 * 2;
   const int y = GST_VIDEO_FRAME_HEIGHT(&mapped) / 4 * 2;
   const auto* luma = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, 0));

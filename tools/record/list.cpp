@@ -71,6 +71,15 @@ std::string describe_cameras(const std::vector<handset::FoundCamera>& cameras) {
   return text;
 }
 
+std::string describe_microphones(const std::vector<handset::FoundMicrophone>& microphones) {
+  if (microphones.empty()) return "  none\n";
+  std::string text;
+  for (const handset::FoundMicrophone& microphone : microphones) {
+    text += "  " + microphone.label + " (" + microphone.identity + ")" + (microphone.is_default ? ", default" : "") + "\n";
+  }
+  return text;
+}
+
 int print_list() {
   std::vector<handset::FoundCamera> cameras = handset::find_cameras();
   for (handset::FoundCamera& camera : cameras) {
@@ -81,6 +90,11 @@ int print_list() {
     camera.why = handset::explain(camera.trouble, camera.label);
   }
   std::printf("Cameras:\n%s", describe_cameras(cameras).c_str());
+  std::fflush(stdout);
+  bool answered = false;
+  const std::vector<handset::FoundMicrophone> microphones = handset::find_microphones(&answered);
+  std::printf("Microphones:\n%s", answered ? describe_microphones(microphones).c_str()
+                                          : "  unknown: the sound server does not answer\n");
   return 0;
 }
 
