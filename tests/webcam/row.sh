@@ -1,10 +1,13 @@
 #!/bin/bash
-# One row in the guest: row.sh FOLDER. Runs FOLDER/script with the words below, and leaves there what is to be looked at:
-# film.mp4, status, milliseconds, stdout, stderr, and a journal for each webcam.
+# One row in the guest: row.sh FOLDER. Runs FOLDER/script with the words below, and leaves there in the end what is to be
+# looked at: film.mp4, status, milliseconds, stdout, stderr, and a journal for each webcam. Its own output is a trace.
 # $bin is where the programs are.
 set -u
-out=$1
-dir=$(mktemp -d)
+folder=$1
+# In memory: while the guest waits for the host's files, its clock runs ahead.
+dir=$(mktemp -d -p /run)
+out=$dir/out
+mkdir "$out"
 chmod 755 "$dir"
 usb=/sys/devices/platform/vhci_hcd.0
 jobs=()
@@ -19,7 +22,7 @@ clean_up() {
   modprobe -qr vivid
   modprobe -qr snd-aloop
   udevadm settle
-  cp "$dir/film.mp4" "$out" 2>/dev/null
+  cp "$dir/film.mp4" "$out"/* "$folder" 2>/dev/null
   rm -rf "$dir"
 }
 trap clean_up EXIT
@@ -81,7 +84,7 @@ vivid() {
 # start OPTION...: begins to film. end: waits until it is done. film: both.
 start() {
   begun=$(date +%s%3N)
-  $as timeout -s KILL 60 "$bin/morvane-record" --microphone none --seconds 1.5 "$@" "$dir/film.mp4" \
+  $as timeout -s KILL 60 "$bin/morvane-record" --microphone none --seconds 1 "$@" "$dir/film.mp4" \
     >"$out/stdout" 2>"$out/stderr" </dev/null &
   recorder=$!
 }
@@ -145,4 +148,6 @@ window() {
   end
 }
 
-. "$out/script"
+PS4='+ $EPOCHREALTIME '
+set -x
+. "$folder/script"

@@ -33,7 +33,7 @@ const std::vector<Row> plain_rows = {
      .script = "webcam 0 --mode H264:640x480@30 --mode YUYV:320x240@30; film",
      .look = Look::chart,
      .journal = "start YUYV 320x240 30"},
-    {.name = "h264_only", .script = "webcam 0 --mode H264:320x240@30; film", .status = 1, .says = no_format,
+    {.name = "h264_only", .script = "webcam 0 --mode H264:320x240@30; film --size 320x240", .status = 1, .says = no_format,
      .most_seconds = failed_start},
     {.name = "grey_only", .script = "webcam 0 --mode GREY:320x240@30; film", .look = Look::grey},
     // Rates and sizes.

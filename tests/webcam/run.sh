@@ -10,7 +10,7 @@ work=$build/webcam
 out=$work/out
 guests=${MORVANE_WEBCAM_GUESTS:-2}
 # The whole run; without a limit a guest that hangs would hang whoever waits for it.
-patience=${MORVANE_WEBCAM_SECONDS:-900}
+patience=${MORVANE_WEBCAM_SECONDS:-600}
 
 skip() {
   echo "webcam: skipped: $*"
@@ -48,13 +48,15 @@ make_initramfs() {
   (cd "$root" && find . | cpio -o -H newc --quiet) >"$work/initramfs.cpio"
 }
 
-# Time in the guest is counted in instructions, a thousand million to the second: to the programs in there it is a slow
-# but even machine, however busy this one is. A share each for reading everything and for writing results.
+# Time in the guest is counted in instructions, a thousand million to the second, and skips what would be waited for: to
+# the programs in there it is a slow but even machine, however busy this one is. A share each for reading everything and
+# for writing results.
+# boot GUEST
 boot() {
-  timeout "$patience" qemu-system-x86_64 -accel tcg -cpu max -icount shift=0,sleep=on -smp 1 -m 2000 \
+  timeout "$patience" qemu-system-x86_64 -accel tcg -cpu max -icount shift=0,sleep=off -smp 1 -m 2000 \
     -nodefaults -display none -serial stdio -no-reboot -nic none \
     -kernel "$kernel/boot/vmlinuz-$version" -initrd "$work/initramfs.cpio" \
-    -append "console=ttyS0 quiet panic=-1 modules=$kernel/lib/modules job=$tests/guest.sh" \
+    -append "console=ttyS0 quiet panic=-1 modules=$kernel/lib/modules job=$tests/guest.sh guest=$1" \
     -fsdev local,id=host,path=/,security_model=none,readonly=on,multidevs=remap \
     -device virtio-9p-pci,fsdev=host,mount_tag=host \
     -fsdev local,id=out,path="$out",security_model=none -device virtio-9p-pci,fsdev=out,mount_tag=out </dev/null
@@ -77,7 +79,7 @@ begun=$(date +%s)
 running=()
 trap 'kill "${running[@]}" 2>/dev/null || true' EXIT
 for guest in $(seq "$guests"); do
-  boot >"$out/console.$guest" 2>&1 &
+  boot "$guest" >"$out/console.$guest" 2>&1 &
   running+=($!)
 done
 for guest in "${running[@]}"; do wait "$guest" || echo "webcam: a guest ended with $?, see $out/console.*"; done
