@@ -18,8 +18,14 @@ struct Rgb {
   std::uint8_t r, g, b;
 };
 
-inline constexpr std::array<Rgb, 8> chart_colors = {
-    {{191, 0, 0}, {0, 191, 0}, {0, 0, 191}, {191, 191, 0}, {235, 235, 235}, {20, 20, 20}, {128, 128, 128}, {198, 145, 108}}};
+inline constexpr std::array<Rgb, 8> chart_colors = {{{191, 0, 0},
+                                                     {0, 191, 0},
+                                                     {0, 0, 191},
+                                                     {191, 191, 0},
+                                                     {235, 235, 235},
+                                                     {20, 20, 20},
+                                                     {128, 128, 128},
+                                                     {198, 145, 108}}};
 
 struct Box {
   int x, y, width, height;

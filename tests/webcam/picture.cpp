@@ -11,6 +11,15 @@
 
 namespace webcam {
 
+namespace {
+
+/// JPEG pictures and those without color use all values; the others are video.
+bool is_full_range(Format format) {
+  return format == Format::mjpeg || format == Format::grey;
+}
+
+}  // namespace
+
 bool parse_format(const std::string& word, Format* format) {
   constexpr struct {
     const char* word;
@@ -43,7 +52,7 @@ std::size_t frame_bytes(Format format, int width, int height) {
 PictureMaker::PictureMaker(Format format, int width, int height) : format_(format), width_(width), height_(height) {
   const bool coded = format == Format::mjpeg || format == Format::h264;
   raw_.resize(frame_bytes(coded ? Format::nv12 : format, width, height));
-  const bool full_range = format == Format::mjpeg;
+  const bool full_range = is_full_range(format);
   fill({0, 0, width, height}, to_yuv({128, 128, 128}, full_range));
   for (int i = 0; i < static_cast<int>(chart_colors.size()); ++i) {
     fill(chart_patch(i, width, height), to_yuv(chart_colors[static_cast<std::size_t>(i)], full_range));
@@ -84,7 +93,7 @@ void PictureMaker::fill(const Box& box, const Yuv& color) {
 
 void PictureMaker::spell(int number) {
   const handset::SceneStrip strip = handset::scene_strip(width_, height_);
-  const bool full_range = format_ == Format::mjpeg;
+  const bool full_range = is_full_range(format_);
   const Yuv black = to_yuv({0, 0, 0}, full_range);
   const Yuv white = to_yuv({255, 255, 255}, full_range);
   for (int bit = 0; bit < handset::scene_strip_cells; ++bit) {

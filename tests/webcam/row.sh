@@ -4,7 +4,7 @@
 # $bin is where the programs are.
 set -u
 folder=$1
-# In memory: while the guest waits for the host's files, its clock runs ahead.
+# In memory, so that nobody waits for the host while he films.
 dir=$(mktemp -d -p /run)
 out=$dir/out
 mkdir "$out"
@@ -29,8 +29,9 @@ trap clean_up EXIT
 
 # soon COMMAND...: waits twenty seconds for it to succeed.
 soon() {
-  for _ in $(seq 200); do "$@" && return || sleep 0.1; done
-  echo "in vain: $*" >&2
+  local turn
+  for turn in {1..200}; do "$@" && return || sleep 0.1; done
+  echo "in vain: $*, $turn times" >&2
   return 1
 }
 
@@ -41,8 +42,8 @@ nodes() {
     [ -d "$folder" ] && echo "/dev/${folder##*/}"
   done | sort -V
 }
-has_nodes() { [ "$(nodes "$1" | wc -l)" -eq 2 ]; }
-has_no_nodes() { [ "$(nodes "$1" | wc -l)" -eq 0 ]; }
+has_nodes() { compgen -G "$usb/usb*/*-$(($1 + 1))/*:1.0/video4linux/video*" >/dev/null; }
+has_no_nodes() { ! has_nodes "$1"; }
 node() { nodes "$1" | head -n1; }
 
 # PipeWire must know a camera before a client asks; its node names the V4L2 device.

@@ -48,15 +48,14 @@ make_initramfs() {
   (cd "$root" && find . | cpio -o -H newc --quiet) >"$work/initramfs.cpio"
 }
 
-# Time in the guest is counted in instructions, a thousand million to the second, and skips what would be waited for: to
-# the programs in there it is a slow but even machine, however busy this one is. A share each for reading everything and
-# for writing results.
+# While a guest works, its time is counted in instructions, a thousand million to the second: to the programs in there it
+# is a slow but even machine, however busy this one is. A share each for reading everything and for writing results.
 # boot GUEST
 boot() {
-  timeout "$patience" qemu-system-x86_64 -accel tcg -cpu max -icount shift=0,sleep=off -smp 1 -m 2000 \
+  timeout "$patience" qemu-system-x86_64 -accel tcg -cpu max -icount shift=0,sleep=on -smp 1 -m 2000 \
     -nodefaults -display none -serial stdio -no-reboot -nic none \
     -kernel "$kernel/boot/vmlinuz-$version" -initrd "$work/initramfs.cpio" \
-    -append "console=ttyS0 quiet panic=-1 modules=$kernel/lib/modules job=$tests/guest.sh guest=$1" \
+    -append "console=ttyS0 quiet mitigations=off panic=-1 modules=$kernel/lib/modules job=$tests/guest.sh guest=$1" \
     -fsdev local,id=host,path=/,security_model=none,readonly=on,multidevs=remap \
     -device virtio-9p-pci,fsdev=host,mount_tag=host \
     -fsdev local,id=out,path="$out",security_model=none -device virtio-9p-pci,fsdev=out,mount_tag=out </dev/null

@@ -28,7 +28,7 @@ constexpr const char* usage = R"(Usage: usb_webcam --commands FIFO --journal FIL
   --controls LIST    names, separated by commas: exposure_mode, exposure, zoom, gain ...
   --do COMMAND       carried out before the camera is plugged in
   --at FRAME COMMAND carried out before a stream's frame of this number
-Reads commands from the FIFO, a line each, until `quit`.
+Reads commands from the FIFO, a line each, until `quit` or SIGTERM.
 )";
 
 bool parse_mode(const std::string& text, Mode* mode) {
@@ -118,11 +118,20 @@ int main(int argc, char** argv) {
     std::perror("usb_webcam");
     return 1;
   }
+  // SIGTERM ends the reading below, and with it everything in order: the webcam's threads must not get it instead.
+  struct sigaction ends {};
+  ends.sa_handler = [](int) {};
+  sigaction(SIGTERM, &ends, nullptr);
+  sigset_t term;
+  sigemptyset(&term);
+  sigaddset(&term, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &term, nullptr);
   webcam::Webcam camera(options.setting, journal);
   for (const std::string& command : options.first_commands) {
     if (!camera.obey(command)) return 1;
   }
   if (!camera.obey("plug")) return 1;
+  pthread_sigmask(SIG_UNBLOCK, &term, nullptr);
   char line[200];
   while (std::fgets(line, sizeof line, commands) != nullptr) {
     line[std::strcspn(line, "\n")] = '\0';

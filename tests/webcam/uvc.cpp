@@ -25,9 +25,7 @@ class Writer {
   }
   Writer& u16(int value) { return u8(value & 255).u8(value >> 8); }
   Writer& u24(int value) { return u16(value & 0xFFFF).u8(value >> 16); }
-  Writer& u32(std::uint32_t value) {
-    return u16(static_cast<int>(value & 0xFFFF)).u16(static_cast<int>(value >> 16));
-  }
+  Writer& u32(std::uint32_t value) { return u16(static_cast<int>(value & 0xFFFF)).u16(static_cast<int>(value >> 16)); }
   Writer& all(std::initializer_list<int> values) {
     for (const int value : values) u8(value);
     return *this;
@@ -37,9 +35,7 @@ class Writer {
     return *this;
   }
   /// A descriptor: its length is put before it.
-  Writer& descriptor(const Writer& body) {
-    return u8(static_cast<int>(body.bytes_.size()) + 1).bytes(body.bytes_);
-  }
+  Writer& descriptor(const Writer& body) { return u8(static_cast<int>(body.bytes_.size()) + 1).bytes(body.bytes_); }
   int size() const { return static_cast<int>(bytes_.size()); }
   const Bytes& bytes() const { return bytes_; }
 
@@ -165,7 +161,9 @@ std::vector<FormatGroup> group_by_format(const std::vector<Mode>& modes) {
   return groups;
 }
 
-std::uint32_t frame_interval(double rate) { return static_cast<std::uint32_t>(std::lround(1e7 / rate)); }
+std::uint32_t frame_interval(double rate) {
+  return static_cast<std::uint32_t>(std::lround(1e7 / rate));
+}
 
 Bytes device_descriptor(bool has_serial) {
   // Class EF, 2, 1: interface associations inside. The vendor's number is the one for prototypes.

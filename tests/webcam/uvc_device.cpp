@@ -118,7 +118,9 @@ void UvcDevice::negotiate(const Bytes& wish) {
   const auto interval = static_cast<long>(get(wish, 4, 4));
   const std::vector<double>& rates = modes[mode_].rates;
   rate_ = 0;
-  const auto distance = [&](std::size_t i) { return std::labs(static_cast<long>(frame_interval(rates[i])) - interval); };
+  const auto distance = [&](std::size_t i) {
+    return std::labs(static_cast<long>(frame_interval(rates[i])) - interval);
+  };
   for (std::size_t i = 1; interval != 0 && i < rates.size(); ++i) {
     if (distance(i) < distance(rate_)) rate_ = i;
   }

@@ -16,6 +16,7 @@ constexpr std::size_t header_bytes = 2;
 constexpr std::uint8_t end_of_header = 0x80;
 constexpr std::uint8_t end_of_frame = 0x02;
 constexpr int look_around_ms = 20;
+constexpr milliseconds most_behind{500};
 
 /// A driver that has no request ready for so long misses the frame, as it would a real camera's.
 constexpr int patience_ms = 500;
@@ -174,11 +175,10 @@ void Webcam::film(const Stream& stream, int start) {
       repeat = repeat_every_;
     }
     if (!wait_until(stalled, start)) break;
+    // A process that was not given the time catches up; what a stall has cost is gone.
     const auto now = Clock::now();
-    if (now - due > period) {  // after a stall, or when this process was not given the time
-      behind += stalled > due ? 0 : 1;
-      due = now;
-    }
+    if (now - due > period) ++behind;
+    if (stalled > due || now - due > most_behind) due = now;
     due += period;
     if (dead) continue;
     const Bytes& whole = maker.frame(setting_.port << chart_port_shift | number_);
@@ -206,7 +206,8 @@ bool Webcam::send_frame(const Bytes& frame, bool cut, int start) {
   for (std::size_t offset = 0; offset < frame.size(); offset += room) {
     const std::size_t size = std::min(room, frame.size() - offset);
     const bool last = offset + size == frame.size();
-    payload = {header_bytes, static_cast<std::uint8_t>(end_of_header | (last ? end_of_frame : 0) | (frame_id_ ? 1 : 0))};
+    payload = {header_bytes,
+               static_cast<std::uint8_t>(end_of_header | (last ? end_of_frame : 0) | (frame_id_ ? 1 : 0))};
     payload.insert(payload.end(), frame.begin() + static_cast<std::ptrdiff_t>(offset),
                    frame.begin() + static_cast<std::ptrdiff_t>(offset + size));
     int waited = 0;
