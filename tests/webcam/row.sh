@@ -1,6 +1,6 @@
 #!/bin/bash
-# One row in the guest: row.sh FOLDER. Runs FOLDER/script with the words below, and leaves there in the end what is to be
-# looked at: film.mp4, status, milliseconds, stdout, stderr, and a journal for each webcam. Its own output is a trace.
+# One row in the guest: row.sh FOLDER. Runs FOLDER/script with the words below and leaves there what is to be looked at:
+# film.mp4, status, milliseconds, stdout, stderr, and a journal for each webcam. Its own output is a trace.
 # $bin is where the programs are.
 set -u
 folder=$1

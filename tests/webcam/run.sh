@@ -2,6 +2,7 @@
 # Films with cameras that are not there: virtual machines whose kernel has them run the built programs.
 # Usage: run.sh BUILD [ROW...]: all rows, or the named ones. `./test webcam` calls it when everything is built.
 set -eu
+PATH=$PATH:/usr/sbin:/sbin
 tests=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "$1" && pwd)
 shift
@@ -26,8 +27,10 @@ get_kernel() {
   [ -e "$kernel/complete" ] && return
   rm -rf "$kernel"
   mkdir -p "$kernel"
-  (cd "$work" && { ls "$package"_*.deb >/dev/null 2>&1 || apt-get download -q "$package"; }) >"$work/download.log" 2>&1 ||
-    skip "the kernel package cannot be fetched"
+  if ! ls "$work/$package"_*.deb >/dev/null 2>&1; then
+    (cd "$work" && apt-get download -q "$package") >"$work/download.log" 2>&1 ||
+      skip "the kernel package cannot be fetched"
+  fi
   dpkg-deb -x "$work/$package"_*.deb "$kernel"
   depmod -b "$kernel" "$version"
   touch "$kernel/complete"
@@ -48,8 +51,8 @@ make_initramfs() {
   (cd "$root" && find . | cpio -o -H newc --quiet) >"$work/initramfs.cpio"
 }
 
-# While a guest works, its time is counted in instructions, a thousand million to the second: to the programs in there it
-# is a slow but even machine, however busy this one is. A share each for reading everything and for writing results.
+# While a guest works, its time is counted in instructions, a thousand million to the second: to the programs in there
+# it is a slow but even machine, however busy this one is. A share each for reading everything and for writing results.
 # boot GUEST
 boot() {
   timeout "$patience" qemu-system-x86_64 -accel tcg -cpu max -icount shift=0,sleep=on -smp 1 -m 2000 \
