@@ -16,6 +16,9 @@ build_packages="g++ cmake ninja-build pkg-config
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools
   desktop-file-utils appstream xvfb"
 
+# To test with cameras in a virtual machine.
+webcam_packages="qemu-system-x86 busybox-static kmod cpio udev v4l-utils pipewire-pulse $test_packages"
+
 # To make a package of the program.
 deb_packages="dpkg-dev file"
 
