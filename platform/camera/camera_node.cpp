@@ -40,7 +40,7 @@ std::string access_advice(const std::string& node) {
   return owner != nullptr ? "join the group \"" + std::string(owner->gr_name) + "\" and log in again" : "";
 }
 
-CameraTrouble trouble_of_node(const std::string& node, std::string* detail) {
+CameraTrouble trouble_of_node(const std::string& node, bool ask, std::string* detail) {
   detail->clear();
   if (node.empty()) return CameraTrouble::none;
   if (!node_exists(node)) return CameraTrouble::gone;
@@ -48,7 +48,8 @@ CameraTrouble trouble_of_node(const std::string& node, std::string* detail) {
     *detail = access_advice(node);
     return CameraTrouble::no_access;
   }
-  if (!ask_within(question_limit, false, [node] { return node_is_busy(node); })) return CameraTrouble::none;
+  const bool busy = ask && ask_within(question_limit, false, [node] { return node_is_busy(node); });
+  if (!busy) return CameraTrouble::none;
   *detail = user_of(node);
   return CameraTrouble::busy;
 }

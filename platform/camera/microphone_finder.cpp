@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -41,6 +43,16 @@ ElementPtr element_of(GstDevice* device) {
   return element;
 }
 
+/// ALSA's "hw:1,0" counts cards in the order of their discovery; "hw:CARD=id,DEV=0" is the same one at every start.
+std::string lasting_name(const std::string& device) {
+  int card = 0;
+  int number = 0;
+  if (std::sscanf(device.c_str(), "hw:%d,%d", &card, &number) != 2) return device;
+  std::string id;
+  std::ifstream("/proc/asound/card" + std::to_string(card) + "/id") >> id;
+  return id.empty() ? device : "hw:CARD=" + id + ",DEV=" + std::to_string(number);
+}
+
 Offer describe(ObjectPtr<GstDevice> device) {
   Offer offer;
   const GStringPtr label(gst_device_get_display_name(device.get()), g_free);
@@ -48,7 +60,7 @@ Offer describe(ObjectPtr<GstDevice> device) {
   if (const ElementPtr element = element_of(device.get())) {
     char* identity = nullptr;
     g_object_get(element.get(), "device", &identity, nullptr);
-    if (identity != nullptr) offer.microphone.identity = identity;
+    if (identity != nullptr) offer.microphone.identity = lasting_name(identity);
     g_free(identity);
   }
   if (GstStructure* properties = gst_device_get_properties(device.get())) {

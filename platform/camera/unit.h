@@ -103,12 +103,12 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   // The service thread: unit_service.cpp.
   void serve(const RunPtr& run);
   bool bring_up(const RunPtr& run);
-  int launch(const Run& run, Reason* reason);
-  int launch_way(const Run& run, int way, Reason* reason);
+  int launch(const Run& run, bool patient, Reason* reason);
+  int launch_way(const Run& run, int way, bool patient, Reason* reason);
   bool is_lost(Capture::Event event, const Capture& capture, Reason* reason);
   bool restart(const Run& run, Reason* reason);
   bool wait_to_retry(const Run& run, const Reason& reason);
-  Reason diagnose(const std::string& why) const;
+  Reason diagnose(const std::string& why, bool held) const;
   void complain(const Reason& reason);
   void settle(Run& run, int error);
   void take_picture_up(const std::shared_ptr<Capture>& capture);
@@ -156,6 +156,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   Client video_client_;
   CameraWishes wishes_;
 
+  std::string complaint_;                ///< the last one, until there is a picture; the service thread's own
   std::atomic<bool> lost_{false};        ///< the source has failed since the viewfinder started
   std::atomic<int> recording_error_{0};  ///< why the recording ended by itself, until the client was told
   std::thread service_thread_;           ///< guarded by control_mutex_ but for the join

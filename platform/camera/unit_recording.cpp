@@ -95,6 +95,8 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
     capture = capture_;
   }
   if (const int error = check_writable(filename)) return error;
+  // Frames that come while an encoder is still being proven would have to wait for it, and be dropped.
+  wait_prepared();
 
   Recorder::Setup setup{.path = filename,
                         .info = capture->picture(),

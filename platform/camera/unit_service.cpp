@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <thread>
+#include <utility>
 
 #include "platform/camera/camera_node.h"
 #include "platform/camera/camera_watch.h"
@@ -71,7 +72,7 @@ void CameraUnit::serve(const RunPtr& run) {
 bool CameraUnit::bring_up(const RunPtr& run) {
   for (;;) {
     Reason reason;
-    const int error = launch(*run, &reason);
+    const int error = launch(*run, true, &reason);
     if (run->stop || error == 0) {
       settle(*run, run->stop ? ECANCELED : 0);
       return !run->stop;
@@ -100,10 +101,11 @@ void CameraUnit::settle(Run& run, int error) {
 }
 
 /// Starts the source and waits for its first picture, in each way in which the source can be reached.
-int CameraUnit::launch(const Run& run, Reason* reason) {
+/// @param patient  a camera that takes long is told of, and waited for
+int CameraUnit::launch(const Run& run, bool patient, Reason* reason) {
   int error = 0;
   for (int way = 0; way < source_->ways(); ++way) {
-    error = launch_way(run, way, reason);
+    error = launch_way(run, way, patient, reason);
     // Another way to the same device helps where this one is taken or forbidden.
     const bool helps = reason->trouble == CameraTrouble::busy || reason->trouble == CameraTrouble::no_access;
     if (error == 0 || run.stop || !helps) break;
@@ -113,7 +115,7 @@ int CameraUnit::launch(const Run& run, Reason* reason) {
 }
 
 /// @return 0 with the capture taken up, or an errno value with the reason
-int CameraUnit::launch_way(const Run& run, int way, Reason* reason) {
+int CameraUnit::launch_way(const Run& run, int way, bool patient, Reason* reason) {
   camera_res_t size{};
   int frame_rate = 0;
   bool stabilized = false;
@@ -128,9 +130,10 @@ int CameraUnit::launch_way(const Run& run, int way, Reason* reason) {
                      [exchange](Frame frame) { exchange->offer(std::move(frame)); });
   std::shared_ptr<Capture> capture;
   std::string why;
-  const auto fail = [&](Reason what) {
-    *reason = std::move(what);
+  // The device is let go of first: it would be found in use, by us.
+  const auto fail = [&](const std::string& words) {
     if (capture) stop_capture(capture, device_release);
+    *reason = diagnose(words, false);
     return error_of(reason->trouble);
   };
   const auto begin = Clock::now();
@@ -138,13 +141,13 @@ int CameraUnit::launch_way(const Run& run, int way, Reason* reason) {
   for (bool told = false, late = false; !run.stop;) {
     if (!capture) {
       if (start.wait(start_turn)) capture = start.take(&why);
-      if (!capture && !why.empty()) return fail(diagnose(why));
+      if (!capture && !why.empty()) return fail(why);
     } else if (capture->wait_first_frame(start_turn)) {
       take_picture_up(capture);
       return 0;
     } else if (capture->poll(std::chrono::milliseconds(0)) != Capture::Event::none) {
       const std::string& failure = capture->failure();
-      return fail(diagnose(failure.empty() ? "the source ended without a picture" : failure));
+      return fail(failure.empty() ? "the source ended without a picture" : failure);
     }
     const auto waited = Clock::now() - begin;
     if (!told && device && waited > quiet_start) {
@@ -152,14 +155,14 @@ int CameraUnit::launch_way(const Run& run, int way, Reason* reason) {
       told = true;
     }
     if (waited <= camera_timeouts::first_frame || late) {
-      if (waited > camera_timeouts::late_frame) return fail(diagnose(""));
+      if (waited > camera_timeouts::late_frame) return fail("");
       continue;
     }
     // Some cameras need longer; where there is another one, that is not waited for.
-    if (!device) return fail(diagnose(""));
-    Reason so_far = diagnose("");
+    if (!device || !patient) return fail("");
+    const Reason so_far = diagnose("", true);
     note_camera_failure(source_->camera.identity, so_far.trouble);
-    if (may_be_replaced()) return fail(std::move(so_far));
+    if (may_be_replaced()) return fail("");
     complain(so_far);
     late = true;
   }
@@ -168,23 +171,25 @@ int CameraUnit::launch_way(const Run& run, int way, Reason* reason) {
   return ECANCELED;
 }
 
-/// What is behind a failure of the source. @param why  the source's own words; empty: it gives no picture
-CameraUnit::Reason CameraUnit::diagnose(const std::string& why) const {
+/// What is behind a failure of the source.
+/// @param why   the source's own words; empty: it gives no picture
+/// @param held  this unit has the device, which is then in nobody else's use
+CameraUnit::Reason CameraUnit::diagnose(const std::string& why, bool held) const {
   if (source_->kind != Source::Kind::device) {
     return {why.empty() ? CameraTrouble::no_picture : CameraTrouble::gone,
             why.empty() ? "the source gives no picture" : why};
   }
   const FoundCamera& camera = source_->camera;
   std::string detail;
-  CameraTrouble trouble = trouble_of_node(camera.node, &detail);
+  CameraTrouble trouble = trouble_of_node(camera.node, !held, &detail);
   if (trouble == CameraTrouble::none) trouble = CameraTrouble::no_picture;
   if (!why.empty()) std::fprintf(stderr, "camera: %s\n", why.c_str());
   return {trouble, explain(trouble, camera.label, detail)};
 }
 
-/// Says what is wrong on the screen, where it stays until a picture comes, and on the error stream.
+/// Says what is wrong on the screen, where it stays until a picture comes, and once on the error stream.
 void CameraUnit::complain(const Reason& reason) {
-  std::fprintf(stderr, "camera: %s\n", reason.text.c_str());
+  if (std::exchange(complaint_, reason.text) != reason.text) std::fprintf(stderr, "camera: %s\n", reason.text.c_str());
   const bool device = source_->kind == Source::Kind::device;
   with_slot([&](ViewfinderSlot& slot) {
     slot.set_notice({});
@@ -198,6 +203,7 @@ void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture) {
     const std::lock_guard lock(state_mutex_);
     capture_ = capture;
   }
+  complaint_.clear();
   if (source_->kind == Source::Kind::device) clear_camera_failure(source_->camera.identity);
   if (source_->stands_in) {
     miss_camera(unit_, Missing::stand_in, {});
@@ -240,7 +246,7 @@ bool CameraUnit::is_lost(Capture::Event event, const Capture& capture, Reason* r
   } else if (!is_present()) {
     *reason = {CameraTrouble::gone, explain(CameraTrouble::gone, source_->camera.label)};
   } else if (may_stall && capture.silence() > camera_timeouts::stalled) {
-    *reason = diagnose("");
+    *reason = diagnose("", true);
   } else {
     return false;
   }
@@ -251,7 +257,7 @@ bool CameraUnit::is_lost(Capture::Event event, const Capture& capture, Reason* r
 bool CameraUnit::restart(const Run& run, Reason* reason) {
   std::fprintf(stderr, "camera: %s; starting it again\n", reason->text.c_str());
   stop_capture(capture(), device_release);
-  const int error = launch(run, reason);
+  const int error = launch(run, false, reason);
   if (error != 0 && !run.stop) complain(*reason);
   return error == 0;
 }
@@ -275,13 +281,14 @@ void CameraUnit::revoke(const Reason& reason, const Run& run) {
     const std::lock_guard lock(state_mutex_);
     client = viewfinder_client_;
   }
-  std::fprintf(stderr, "camera: %s\n", reason.text.c_str());
+  const bool asleep = device && reason.trouble == CameraTrouble::none;
+  const bool gone = reason.trouble == CameraTrouble::gone || !is_present();
+  const std::string text = device && gone ? explain(CameraTrouble::gone, label) : reason.text;
+  if (complaint_ != text) std::fprintf(stderr, "camera: %s\n", text.c_str());
   if (const auto exchange = this->exchange()) exchange->shut();
   if (const auto running = capture()) stop_capture(running, device_release);
-  const bool asleep = device && reason.trouble == CameraTrouble::none;
-  const std::string gone = explain(CameraTrouble::gone, label, {});
   with_slot([&](ViewfinderSlot& slot) {
-    slot.set_trouble(asleep ? "" : reason.trouble == CameraTrouble::gone || !is_present() ? gone : reason.text);
+    slot.set_trouble(asleep ? "" : gone ? explain(CameraTrouble::gone, label) : reason.text);
   });
   end_feed();
   if (device) miss_camera(unit_, Missing::lost, source_->camera.identity);

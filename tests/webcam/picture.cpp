@@ -28,7 +28,8 @@ bool parse_format(const std::string& word, Format* format) {
                {"NV12", Format::nv12},
                {"GREY", Format::grey},
                {"MJPEG", Format::mjpeg},
-               {"H264", Format::h264}};
+               {"H264", Format::h264},
+               {"Z16", Format::depth}};
   for (const auto& entry : known) {
     if (word != entry.word) continue;
     *format = entry.format;

@@ -14,9 +14,10 @@ namespace webcam {
 
 using Bytes = std::vector<std::uint8_t>;
 
-enum class Format { yuyv, nv12, grey, mjpeg, h264 };
+/// `depth`: distances, which nobody shows as a picture.
+enum class Format { yuyv, nv12, grey, mjpeg, h264, depth };
 
-/// @return false for a word that names no format: YUYV, NV12, GREY, MJPEG or H264
+/// @return false for a word that names no format: YUYV, NV12, GREY, MJPEG, H264 or Z16
 bool parse_format(const std::string& word, Format* format);
 
 /// Bytes of an unpacked frame; of a compressed one the most that it may have.

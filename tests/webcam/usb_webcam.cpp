@@ -21,7 +21,7 @@ using webcam::Mode;
 using webcam::Setting;
 
 constexpr const char* usage = R"(Usage: usb_webcam --commands FIFO --journal FILE --mode MODE... [OPTION]...
-  --mode FORMAT:WxH@RATE[,RATE]...  YUYV, NV12, GREY, MJPEG or H264; in the order in which the camera lists them
+  --mode FORMAT:WxH@RATE[,RATE]...  YUYV, NV12, GREY, MJPEG, H264 or Z16 (depth); in the order in which the camera lists them
   --port N           of the virtual host controller, 0 to 3 (0)
   --name TEXT        product (Test Webcam)
   --serial TEXT      serial number; without it the camera has none

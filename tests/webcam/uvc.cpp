@@ -71,6 +71,8 @@ Writer format_descriptor(const FormatGroup& group, int index) {
       return body.all({0x04, index, frames}).bytes(guid("YUY2").bytes()).all({16, 1, 0, 0, 0, 0});
     case Format::nv12:
       return body.all({0x04, index, frames}).bytes(guid("NV12").bytes()).all({12, 1, 0, 0, 0, 0});
+    case Format::depth:
+      return body.all({0x04, index, frames}).bytes(guid("Z16 ").bytes()).all({16, 1, 0, 0, 0, 0});
     case Format::grey:
       return body.all({0x04, index, frames}).bytes(guid("Y800").bytes()).all({8, 1, 0, 0, 0, 0});
   }

@@ -184,7 +184,7 @@ void UvcDevice::start() {
     const Mode& mode = formats_[format_].modes[mode_];
     streams_ = true;
     ++starts_;
-    constexpr const char* names[] = {"YUYV", "NV12", "GREY", "MJPEG", "H264"};
+    constexpr const char* names[] = {"YUYV", "NV12", "GREY", "MJPEG", "H264", "Z16"};
     char text[100];
     std::snprintf(text, sizeof text, "start %s %dx%d %.3g", names[static_cast<int>(mode.format)], mode.width,
                   mode.height, mode.rates[rate_]);
