@@ -17,7 +17,7 @@ take_rows() {
 warm_up() {
   local folder=/run/warm_up
   mkdir -p "$folder"
-  echo 'webcam 0 --mode MJPEG:320x240@30; film' >"$folder/script"
+  echo 'webcam 0 --mode MJPEG:320x240@30; film; window; shown 1; close_window' >"$folder/script"
   timeout -k 10 120 bash "$tests/row.sh" "$folder" >/dev/null 2>&1 </dev/null
   rm -rf "$folder"
 }

@@ -115,9 +115,13 @@ list() {
 # busy PORT: another program films with this webcam.
 busy() {
   v4l2-ctl -d "$(node "$1")" --stream-mmap --stream-count=100000 >/dev/null 2>&1 &
-  jobs+=($!)
+  user=$!
+  jobs+=("$user")
   soon grep -q ^start "$out/webcam.$1"
 }
+
+# free: it does not any more.
+free() { kill "$user"; }
 
 # microphones NAME...: sound cards of which each hears what is played into it. play NAME: plays a tone into one.
 microphones() {
@@ -134,20 +138,27 @@ play() {
   soon grep -q RUNNING /proc/asound/"$1"/pcm1p/sub0/status
 }
 
-# window SECONDS: the program with its window for so long, without a display.
+# window: opens the program's window, without a display and small, since this machine draws slowly. close_window: ends
+# it. What it does not do in time is said in its output.
 window() {
   mkdir -p "$dir/config/morvane"
-  printf '[camera]\nmicrophone = none\n' >"$dir/config/morvane/device.ini"
-  env HOME="$dir" XDG_CONFIG_HOME="$dir/config" XDG_DATA_HOME="$dir/share" QT_QPA_PLATFORM=offscreen \
-    QT_QUICK_BACKEND=software timeout -s KILL 60 "$bin/morvane" >"$out/stdout" 2>"$out/stderr" </dev/null &
-  recorder=$!
+  printf '[camera]\nmicrophone = none\n[display]\nwidth = 240\nheight = 320\n' >"$dir/config/morvane/device.ini"
+  chmod -R a+rX "$dir/config"
   begun=$(date +%s%3N)
-  soon grep -q onWindowAttached "$out/stderr" "$out/stdout"
-  sleep "$1"
-  # timeout passes it on.
-  kill -TERM "$recorder"
+  $as env HOME="$dir" XDG_CONFIG_HOME="$dir/config" XDG_DATA_HOME="$dir/share" XDG_STATE_HOME="$dir/state" \
+    QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software timeout -s KILL 90 "$bin/window_watch" \
+    >"$out/stdout" 2>"$out/stderr" </dev/null &
+  recorder=$!
+}
+close_window() {
+  sleep "${1:-1}"
+  kill -TERM "$recorder"  # timeout passes it on
   end
 }
+# shown N: it has had the first picture of a camera so often. says PATTERN: it has said so.
+has_shown() { [ "$(grep -c onWindowAttached "$out/stderr")" -ge "$1" ]; }
+shown() { soon has_shown "$1" || echo "in vain: shown $1" >>"$out/stdout"; }
+says() { soon grep -Eq "$1" "$out/stderr" || echo "in vain: says $1" >>"$out/stdout"; }
 
 PS4='+ $EPOCHREALTIME '
 set -x
