@@ -33,7 +33,7 @@ struct CameraServiceConfig {
   /// Bytes that a recording leaves free on its disk: it ends when there are fewer, and its file is completed there.
   std::uint64_t disk_margin = 16U * 1024 * 1024;
   /// Starting a camera's viewfinder returns with the first picture, or with why there is none; else at once, and a
-  /// camera that gives no picture is tried again until it does. Sources that are no cameras are always waited for.
+  /// camera that gives no picture is tried again until it does. Clips, screens and descriptions are always waited for.
   bool wait_for_picture = true;
   /// Remembers how cameras' own controls were found while they are changed; empty: not kept. Cameras are told apart in
   /// it.

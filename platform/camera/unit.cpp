@@ -84,9 +84,10 @@ int CameraUnit::check_start(camera_res_t* size) const {
   return possible_size(size->width, size->height) ? 0 : EINVAL;
 }
 
-/// Devices may take long, and a window does not wait for them.
+/// Devices may take long, and so does painting the scene on a slow machine: a window does not wait for them.
 bool CameraUnit::waits_for_picture() const {
-  return config_.wait_for_picture || source_->kind != Source::Kind::device;
+  const bool may_follow = source_->kind == Source::Kind::device || source_->kind == Source::Kind::scene;
+  return config_.wait_for_picture || !may_follow;
 }
 
 int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, camera_status_callback_t status_callback,
