@@ -132,11 +132,10 @@ int open_reserved(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handl
   const handset::CameraServiceConfig config = current_config();
   handset::Source source;
   if (const int error = handset::resolve_source(config, unit, &source)) {
-    if (source.trouble != handset::CameraTrouble::none) {
-      handset::set_trouble_everywhere(source.why);
-      const bool searching = source.trouble == handset::CameraTrouble::searching;
-      handset::miss_camera(unit, searching ? handset::Missing::searching : handset::Missing::not_opened, {});
-    }
+    if (unit == CAMERA_UNIT_DESKTOP) return error;  // which the page says, and goes back to the lens
+    handset::set_trouble_everywhere(source.why.empty() ? "The camera cannot be opened" : source.why);
+    const bool searching = source.trouble == handset::CameraTrouble::searching;
+    handset::miss_camera(unit, searching ? handset::Missing::searching : handset::Missing::not_opened, {});
     return error;
   }
   Service& s = service();
