@@ -30,6 +30,9 @@ int main(int argc, char** argv) {
   if (!place->is_first()) return EXIT_SUCCESS;
   QObject::connect(place.get(), &handset::SingleInstance::activation_requested, &app,
                    &bb::cascades::Application::bringToFront);
-  new tarnelApp(&app);
-  return app.exec();
+  auto* const morvane = new tarnelApp(&app);
+  const int status = app.exec();
+  delete morvane;
+  handset::finish_camera_service();
+  return status;
 }

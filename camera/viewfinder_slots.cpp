@@ -162,6 +162,7 @@ void tarnelApp::onStopCamera() {
 }
 
 void tarnelApp::status_callback(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg) {
+  if (handle != mHandle) return;  // of a camera that was closed meanwhile
   filter_status_callback(handle, status, extra, arg);
   if (status != CAMERA_STATUS_RESOURCES_REVOKED) return;
   // The film is complete: clock and stop button are not to go on without one.
@@ -177,13 +178,20 @@ void tarnelApp::status_callback(camera_handle_t handle, camera_devstatus_t statu
 void tarnelApp::reopen_camera() {
   const auto* const film = control<Container>("videoContainer");
   const bool film_is_shown = film && film->isVisible();
-  if (mVideoFd != -1 || film_is_shown || mCameraUnit == CAMERA_UNIT_DESKTOP) return;
+  if (mVideoFd != -1 || film_is_shown) return;
+  if (mMenuMode == menu_sizes) hide_menu();  // they are the other camera's
+  const int width = _screen_wid;
+  const int height = _screen_hi;
   const bool light_was_on = mLightOn;
   suspend_overlay();
   if (mCameraUnit == CAMERA_UNIT_REAR && mLightOn) handleFlashLightAction();
   onStopCamera();
   restartCamera();
-  if (mSettings.overlayPath[0] != '\0') load_logo(mSettings.overlayPath);
+  if (width == _screen_wid && height == _screen_hi) {
+    restore_logo_image(mSavedOverlayEnabled);
+  } else if (mSettings.overlayPath[0] != '\0') {
+    load_logo(mSettings.overlayPath);
+  }
   if (light_was_on && !mLightOn) handleFlashLightAction();
 }
 

@@ -188,6 +188,10 @@ std::string camera_candidate(camera_unit_t unit) {
   return camera_candidate(current_config(), unit);
 }
 
+std::string absent_owner(camera_unit_t unit) {
+  return absent_owner(current_config(), unit);
+}
+
 bool camera_may_be_replaced(camera_handle_t handle) {
   const std::shared_ptr<CameraUnit> unit = find(handle);
   return unit && unit->may_be_replaced();

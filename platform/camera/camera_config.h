@@ -68,6 +68,10 @@ bool camera_may_be_replaced(camera_handle_t handle);
 /// Begins to look for cameras, so that opening one need not wait for that. Any thread.
 void begin_camera_search();
 
+/// Waits, up to two seconds, for what the closed cameras have left under way: a process that ends while GStreamer is
+/// still being asked about encoders may abort. To be called last, by a program that did not wait for pictures.
+void finish_camera_service();
+
 struct CameraStatistics {
   std::uint64_t arrived;   ///< frames that the source delivered
   std::uint64_t replaced;  ///< frames that a newer one replaced before they were fetched, or that the source skipped

@@ -12,7 +12,7 @@
 namespace handset {
 namespace {
 
-constexpr std::chrono::milliseconds question_limit{500};
+constexpr std::chrono::milliseconds question_limit{200};
 
 bool is_server(const std::string& program) {
   return program == "pipewire" || program == "wireplumber";

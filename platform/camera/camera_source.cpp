@@ -181,8 +181,22 @@ int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const 
   if (!cameras.empty()) return resolve_role(config, unit, cameras, source);
   std::fputs("no camera found, filming the built-in scene\n", stderr);
   use_scene(source);
+  // The size that is remembered is an index: the first entry is right for every camera that may come later.
+  const auto is_720p = [](const camera_res_t& size) { return size.width == 1280 && size.height == 720; };
+  std::stable_partition(source->sizes.begin(), source->sizes.end(), is_720p);
   source->stands_in = true;
   return 0;
+}
+
+std::string absent_owner(const CameraServiceConfig& config, camera_unit_t unit) {
+  const std::string& text = unit == CAMERA_UNIT_FRONT ? config.front : config.rear;
+  if (text != "auto") return {};
+  const Memory memory = load_memory(config.memory_file);
+  const std::string& owner = unit == CAMERA_UNIT_FRONT ? memory.front : memory.rear;
+  const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now(std::chrono::milliseconds(0));
+  const bool present = std::any_of(cameras.begin(), cameras.end(),
+                                   [&](const FoundCamera& camera) { return is_called(camera, owner); });
+  return present ? "" : owner;
 }
 
 std::string camera_candidate(const CameraServiceConfig& config, camera_unit_t unit) {

@@ -17,6 +17,9 @@ namespace handset {
 /// cameras are still being looked for it fails with CameraTrouble::searching.
 int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source);
 
+/// The camera that is remembered in a unit's role and is not plugged in now; empty for none. Any thread.
+std::string absent_owner(const CameraServiceConfig& config, camera_unit_t unit);
+
 /// The identity of the camera that resolve_camera() would find now, as far as is known without asking; empty for none.
 /// Says nothing and remembers nothing. Any thread.
 std::string camera_candidate(const CameraServiceConfig& config, camera_unit_t unit);

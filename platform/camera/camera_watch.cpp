@@ -151,6 +151,14 @@ bool CameraWatch::has(const std::string& identity) {
                      [&](const FoundCamera& camera) { return camera.identity == identity; });
 }
 
+bool CameraWatch::has_changed(const FoundCamera& camera) {
+  const std::lock_guard lock(shared_->mutex);
+  return std::any_of(shared_->cameras.begin(), shared_->cameras.end(), [&](const FoundCamera& now) {
+    const bool same = now.node == camera.node && (!camera.node.empty() || now.device.get() == camera.device.get());
+    return now.identity == camera.identity && !same;
+  });
+}
+
 bool CameraWatch::wait_first_scan(std::chrono::milliseconds limit) {
   std::unique_lock lock(shared_->mutex);
   return shared_->changed.wait_for(lock, limit, [this] { return shared_->scanned; });

@@ -20,6 +20,8 @@ class CameraWatch {
   std::vector<FoundCamera> cameras_now(std::chrono::milliseconds limit = std::chrono::seconds(1));
   /// Whether the newest list has a camera. Any thread.
   bool has(const std::string& identity);
+  /// Whether the newest list has the camera of this identity as another device or at another node. Any thread.
+  bool has_changed(const FoundCamera& camera);
   /// @return whether the first scan is through, PipeWire's answer included. Any thread.
   bool wait_first_scan(std::chrono::milliseconds limit);
   /// Looks again soon. Any thread.

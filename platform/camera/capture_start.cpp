@@ -1,5 +1,6 @@
 #include "platform/camera/capture_start.h"
 
+#include <algorithm>
 #include <set>
 #include <thread>
 #include <utility>
@@ -8,7 +9,8 @@ namespace handset {
 namespace {
 
 /// How long a start waits for the same device to be let go of.
-constexpr std::chrono::seconds release_patience{5};
+constexpr std::chrono::seconds release_patience{4};
+constexpr std::chrono::milliseconds turn{20};
 
 /// Devices that a capture of this process holds, by name.
 struct HeldDevices {
@@ -22,28 +24,46 @@ HeldDevices& held_devices() {
   return *held;
 }
 
-/// Holds a device until the result goes. Waits a bounded time for whoever holds it.
-std::shared_ptr<void> hold_device(const std::string& name) {
-  if (name.empty()) return nullptr;
+/// Holds a device as long as it lives.
+class Hold {
+ public:
+  explicit Hold(std::multiset<std::string>::iterator entry) : entry_(entry) {}
+  Hold(const Hold&) = delete;
+  Hold& operator=(const Hold&) = delete;
+  ~Hold() {
+    HeldDevices& held = held_devices();
+    const std::lock_guard lock(held.mutex);
+    held.names.erase(entry_);
+    held.changed.notify_all();
+  }
+
+ private:
+  const std::multiset<std::string>::iterator entry_;
+};
+
+/// Waits a bounded time for whoever holds a device. @return null when that was not enough
+std::shared_ptr<Hold> hold_device(const std::string& name) {
   HeldDevices& held = held_devices();
   std::unique_lock lock(held.mutex);
-  held.changed.wait_for(lock, release_patience, [&] { return !held.names.contains(name); });
+  if (!held.changed.wait_for(lock, release_patience, [&] { return !held.names.contains(name); })) return nullptr;
   const auto entry = held.names.insert(name);
-  return {nullptr, [entry](void*) {
-            HeldDevices& of_all = held_devices();
-            const std::lock_guard release(of_all.mutex);
-            of_all.names.erase(entry);
-            of_all.changed.notify_all();
-          }};
+  lock.unlock();
+  return std::make_shared<Hold>(entry);
 }
 
 }  // namespace
 
 CaptureStart::CaptureStart(Capture::Setup setup, Capture::Deliver deliver) {
   std::thread([state = state_, setup = std::move(setup), deliver = std::move(deliver)]() mutable {
-    setup.hold = hold_device(setup.source->device_name());
+    const std::string device = setup.source->device_name();
     std::string error;
-    std::shared_ptr<Capture> capture = Capture::start(std::move(setup), std::move(deliver), &error);
+    std::shared_ptr<Capture> capture;
+    if (!device.empty()) setup.hold = hold_device(device);
+    if (device.empty() || setup.hold) {
+      capture = Capture::start(std::move(setup), std::move(deliver), &error);
+    } else {
+      error = "the device does not answer";  // another try would only hang beside the first one
+    }
     const std::lock_guard lock(state->mutex);
     state->through = true;
     state->error = error;
@@ -73,7 +93,8 @@ std::shared_ptr<Capture> CaptureStart::take(std::string* error) {
   return std::move(state_->capture);
 }
 
-void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::milliseconds patience) {
+void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::milliseconds patience,
+                  const std::atomic<bool>* hurry) {
   struct Done {
     std::mutex mutex;
     std::condition_variable changed;
@@ -86,8 +107,11 @@ void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::millisec
     done->done = true;
     done->changed.notify_all();
   }).detach();
+  const auto end = std::chrono::steady_clock::now() + patience;
   std::unique_lock lock(done->mutex);
-  done->changed.wait_for(lock, patience, [&] { return done->done; });
+  while (!done->done && std::chrono::steady_clock::now() < end && (hurry == nullptr || !*hurry)) {
+    done->changed.wait_for(lock, std::min(turn, patience), [&] { return done->done; });
+  }
 }
 
 }  // namespace handset

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -14,7 +15,8 @@ namespace handset {
 /// waits for any more is undone by that thread.
 class CaptureStart {
  public:
-  /// A capture of the same device that is still being stopped is waited for first.
+  /// A capture of the same device that is still being stopped is waited for first; one that does not let go of it for
+  /// seconds makes the start fail.
   CaptureStart(Capture::Setup setup, Capture::Deliver deliver);
   CaptureStart(const CaptureStart&) = delete;
   CaptureStart& operator=(const CaptureStart&) = delete;
@@ -39,6 +41,8 @@ class CaptureStart {
 };
 
 /// Stops a capture, on a thread that is left behind when the device takes longer than `patience`.
-void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::milliseconds patience);
+/// @param hurry  ends the waiting when it becomes true; may be null
+void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::milliseconds patience,
+                  const std::atomic<bool>* hurry = nullptr);
 
 }  // namespace handset

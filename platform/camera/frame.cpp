@@ -1,5 +1,7 @@
 #include "platform/camera/frame.h"
 
+#include "platform/camera/handover.h"
+
 namespace handset {
 namespace {
 
@@ -14,6 +16,7 @@ struct HeldBytes {
   GstMapInfo map;
 
   static void release(gpointer self) {
+    taken_back(self);
     auto* held = static_cast<HeldBytes*>(self);
     gst_buffer_unmap(held->buffer.get(), &held->map);
     delete held;
@@ -50,6 +53,7 @@ BufferPtr wrap_picture(const Frame& frame) {
   if (!gst_buffer_map(held->buffer.get(), &held->map, GST_MAP_READ)) return {};
   // Memory of its own: a pool does not take a buffer back whose memory somebody shares, and would make a new one for
   // every frame.
+  handed_over(held.get());
   const gsize size = held->map.size;
   std::uint8_t* const bytes = held->map.data;
   GstMemory* memory = gst_memory_new_wrapped(GST_MEMORY_FLAG_READONLY, bytes, size, 0, size, held.release(),

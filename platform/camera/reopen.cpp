@@ -18,8 +18,16 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds look_period{1};
 constexpr std::chrono::seconds tell_period{2};
+/// How often nodes that had nothing good to say are asked again.
+constexpr std::chrono::seconds ask_period{5};
 /// A camera with a loose plug gets this long to come back before another one takes its place.
 constexpr std::chrono::seconds return_patience{3};
+
+Outlook outlook_for(camera_unit_t unit) {
+  CameraWatch& watch = CameraWatch::instance();
+  const bool known = watch.wait_first_scan(std::chrono::milliseconds(0));
+  return {camera_candidate(unit), known, known && watch.cameras_now(std::chrono::milliseconds(0)).empty()};
+}
 
 /// Waits for cameras on behalf of the units.
 class Reopener {
@@ -74,18 +82,23 @@ class Reopener {
   void look(camera_unit_t unit, const Entry& entry) {
     const auto now = Clock::now();
     if (now - entry.told < tell_period) return;
-    const bool known = CameraWatch::instance().wait_first_scan(std::chrono::milliseconds(0));
-    if (!worth_reopening(entry.missed, camera_candidate(unit), known, now)) return;
+    if (entry.missed.how == Missing::not_opened && now - asked_ > ask_period) {
+      asked_ = now;
+      CameraWatch::instance().rescan();
+    }
+    if (!worth_reopening(entry.missed, outlook_for(unit), now)) return;
+    const std::lock_guard told(listener_mutex_);
+    if (!listener_) return;
     {
       const std::lock_guard lock(mutex_);
       const auto still = missed_.find(unit);
       if (still == missed_.end()) return;
       still->second.told = now;
     }
-    const std::lock_guard lock(listener_mutex_);
-    if (listener_) listener_(unit);
+    listener_(unit);
   }
 
+  Clock::time_point asked_;  ///< the thread's own
   /// Guards the next three.
   std::mutex mutex_;
   std::condition_variable changed_;
@@ -98,11 +111,13 @@ class Reopener {
 
 }  // namespace
 
-bool worth_reopening(const MissedCamera& missed, const std::string& candidate, bool known,
-                     Clock::time_point now) {
-  if (missed.how == Missing::searching) return known;
-  if (candidate.empty()) return false;
+bool worth_reopening(const MissedCamera& missed, const Outlook& outlook, Clock::time_point now) {
+  if (missed.how == Missing::searching) return outlook.known;
+  const std::string& candidate = outlook.candidate;
+  if (candidate.empty()) return missed.how == Missing::not_opened && outlook.none;  // which a scene shows
   switch (missed.how) {
+    case Missing::displaced:
+      return candidate == missed.identity;
     case Missing::lost:
       return candidate == missed.identity || now - missed.since >= return_patience;
     case Missing::passed_over:

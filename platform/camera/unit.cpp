@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "platform/camera/capture_start.h"
+#include "platform/camera/long_wait.h"
 
 namespace handset {
 namespace {
@@ -113,12 +114,18 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
     service_thread_ = std::thread([self = shared_from_this(), run] { self->serve(run); });
   }
   if (!waits_for_picture()) return 0;
-  int error = 0;
-  {
-    std::unique_lock lock(run->mutex);
-    run->changed.wait(lock, [&] { return run->settled; });
-    error = run->error;
+  const auto settled = [&] {
+    const std::lock_guard lock(run->mutex);
+    return run->settled;
+  };
+  if (source_->kind == Source::Kind::device) {
+    wait_long(settled);  // up to fifteen seconds, in which the program may be asked to end
+    if (!settled()) settle(*run, ECANCELED);
   }
+  std::unique_lock lock(run->mutex);
+  run->changed.wait(lock, [&] { return run->settled; });
+  const int error = run->error;
+  lock.unlock();
   if (error != 0) stop_viewfinder();
   return error;
 }
@@ -151,14 +158,12 @@ int CameraUnit::stop_viewfinder() {
     const std::lock_guard control(control_mutex_);
     const std::lock_guard lock(state_mutex_);
     run = run_;
-    controls.swap(controls_);
     service.swap(service_thread_);
   }
   if (run == nullptr) return EINVAL;
   run->stop = true;
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
   if (exchange) exchange->shut();
-  if (controls) controls->release();
   if (const auto running = capture()) running->wake();
   if (service.joinable()) {
     if (service.get_id() == std::this_thread::get_id()) {
@@ -167,12 +172,17 @@ int CameraUnit::stop_viewfinder() {
       service.join();
     }
   }
+  {
+    const std::lock_guard lock(state_mutex_);
+    controls.swap(controls_);
+  }
+  if (controls) controls->release();
   const bool device = source_->kind == Source::Kind::device;
   if (const auto last = capture()) {
     stop_capture(last, device && !config_.wait_for_picture ? device_stop : other_stop);
   }
   // A process that ends while GStreamer is still being asked about encoders may abort.
-  wait_prepared();
+  if (config_.wait_for_picture) wait_prepared();  // a window waits for that when it is gone
   if (controls) controls->wait_released(device && !config_.wait_for_picture ? device_stop : camera_timeouts::put_back);
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);

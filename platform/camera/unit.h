@@ -111,7 +111,8 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   Reason diagnose(const std::string& why, bool held) const;
   void complain(const Reason& reason);
   void settle(Run& run, int error);
-  void take_picture_up(const std::shared_ptr<Capture>& capture);
+  void take_picture_up(const std::shared_ptr<Capture>& capture, const Run& run);
+  void wait_for_return();
   bool is_present() const;
   void revoke(const Reason& reason, const Run& run);
   void finish_clip(const Run& run);

@@ -15,6 +15,9 @@ namespace handset {
 namespace {
 
 constexpr std::chrono::milliseconds recording_start{5500};
+/// A camera that has sent nothing for so long is not recorded from.
+constexpr std::chrono::milliseconds recording_silence{1000};
+constexpr std::chrono::milliseconds start_turn{50};
 constexpr std::chrono::milliseconds preparation_patience{1500};
 
 /// @return 0 when a path is a regular file that can be written, else an errno value
@@ -34,7 +37,15 @@ std::string end_notice(int error) {
   return "recording ended: " + std::generic_category().message(error);
 }
 
+/// In the whole process.
+std::atomic<int> proofs_running{0};
+
 }  // namespace
+
+void finish_camera_service() {
+  const auto end = std::chrono::steady_clock::now() + preparation_patience;
+  while (proofs_running != 0 && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(start_turn);
+}
 
 /// Proves an encoder, which the first recording should not have to wait for.
 void CameraUnit::prepare() {
@@ -48,8 +59,10 @@ void CameraUnit::prepare() {
     size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
     frame_rate = viewfinder_.frame_rate;
   }
+  ++proofs_running;
   std::thread([preparation, size, frame_rate] {
     proven_video_encoder(size, frame_rate);
+    --proofs_running;
     const std::lock_guard lock(preparation->mutex);
     preparation->done = true;
     preparation->changed.notify_all();
@@ -94,6 +107,8 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
     if (recorder_ != nullptr) return EALREADY;
     capture = capture_;
   }
+  const bool may_stall = !unpaced_ && !source_->may_stand_still();
+  if (may_stall && capture->silence() > recording_silence) return EIO;  // it is being started again, or will be
   if (const int error = check_writable(filename)) return error;
   // Frames that come while an encoder is still being proven would have to wait for it, and be dropped.
   wait_prepared();
@@ -124,7 +139,13 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
     video_client_ = {video_callback, status_callback, arg};
     if (exchange_) exchange_->set_wanted(true);
   }
-  const int error = recorder->wait_started(recording_start);
+  // A camera that goes meanwhile is not waited for.
+  int error = ETIMEDOUT;
+  const auto end = std::chrono::steady_clock::now() + recording_start;
+  while (error == ETIMEDOUT && std::chrono::steady_clock::now() < end) {
+    error = recorder->wait_started(start_turn);
+    if (may_stall && error == ETIMEDOUT && capture->silence() > recording_silence) break;
+  }
   if (error == 0) return 0;
   end_recording();
   recording_error_ = 0;  // the caller gets it

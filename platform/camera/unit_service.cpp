@@ -54,11 +54,11 @@ void CameraUnit::serve(const RunPtr& run) {
     const bool woken = device && time_asleep() - asleep > std::chrono::nanoseconds(std::chrono::seconds(1)).count();
     if (!woken && !is_lost(event, *capture, &reason)) continue;
     if (Clock::now() - restarted > recovered_after) restarts = 0;
-    restarted = Clock::now();
     running = false;
     while (device && !woken && !running && restarts++ < restarts_allowed && is_present() && !run->stop) {
       running = restart(*run, &reason);
     }
+    restarted = Clock::now();
     if (woken) reason = {CameraTrouble::none, "the computer was asleep"};
     asleep = time_asleep();
     if (!running && !run->stop) revoke(reason, *run);
@@ -83,7 +83,7 @@ bool CameraUnit::bring_up(const RunPtr& run) {
     settle(*run, error);
     if (waits_for_picture()) return false;
     if (!is_present()) {
-      miss_camera(unit_, Missing::lost, source_->camera.identity);
+      wait_for_return();
       return false;
     }
     if (may_be_replaced()) miss_camera(unit_, Missing::passed_over, source_->camera.identity);
@@ -132,7 +132,7 @@ int CameraUnit::launch_way(const Run& run, int way, bool patient, Reason* reason
   std::string why;
   // The device is let go of first: it would be found in use, by us.
   const auto fail = [&](const std::string& words) {
-    if (capture) stop_capture(capture, device_release);
+    if (capture) stop_capture(capture, device_release, &run.stop);
     *reason = diagnose(words, false);
     return error_of(reason->trouble);
   };
@@ -143,7 +143,7 @@ int CameraUnit::launch_way(const Run& run, int way, bool patient, Reason* reason
       if (start.wait(start_turn)) capture = start.take(&why);
       if (!capture && !why.empty()) return fail(why);
     } else if (capture->wait_first_frame(start_turn)) {
-      take_picture_up(capture);
+      take_picture_up(capture, run);
       return 0;
     } else if (capture->poll(std::chrono::milliseconds(0)) != Capture::Event::none) {
       const std::string& failure = capture->failure();
@@ -167,7 +167,7 @@ int CameraUnit::launch_way(const Run& run, int way, bool patient, Reason* reason
     late = true;
   }
   *reason = {};
-  if (capture) stop_capture(capture, device_release);
+  if (capture) stop_capture(capture, device_release, &run.stop);
   return ECANCELED;
 }
 
@@ -182,8 +182,10 @@ CameraUnit::Reason CameraUnit::diagnose(const std::string& why, bool held) const
   const FoundCamera& camera = source_->camera;
   std::string detail;
   CameraTrouble trouble = trouble_of_node(camera.node, !held, &detail);
-  if (trouble == CameraTrouble::none) trouble = CameraTrouble::no_picture;
-  if (!why.empty()) std::fprintf(stderr, "camera: %s\n", why.c_str());
+  if (trouble == CameraTrouble::none) {
+    trouble = CameraTrouble::no_picture;
+    detail = why;
+  }
   return {trouble, explain(trouble, camera.label, detail)};
 }
 
@@ -198,7 +200,7 @@ void CameraUnit::complain(const Reason& reason) {
 }
 
 /// The capture has its first picture.
-void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture) {
+void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture, const Run& run) {
   {
     const std::lock_guard lock(state_mutex_);
     capture_ = capture;
@@ -207,6 +209,9 @@ void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture) {
   if (source_->kind == Source::Kind::device) clear_camera_failure(source_->camera.identity);
   if (source_->stands_in) {
     miss_camera(unit_, Missing::stand_in, {});
+  } else if (const std::string owner = source_->kind == Source::Kind::device ? absent_owner(unit_) : "";
+             !owner.empty()) {
+    miss_camera(unit_, Missing::displaced, owner);
   } else {
     forget_missed(unit_);
   }
@@ -214,6 +219,7 @@ void CameraUnit::take_picture_up(const std::shared_ptr<Capture>& capture) {
     slot.set_notice({});
     slot.set_trouble(source_->stands_in ? "No camera found. This scene is drawn by the program." : "");
   });
+  if (run.stop) return;  // whoever stops it has let go of the controls already
   if (!controls()) open_controls();
   apply_look();
   apply_stabilization();  // it may have been switched while the capture started
@@ -256,7 +262,7 @@ bool CameraUnit::is_lost(Capture::Event event, const Capture& capture, Reason* r
 /// Starts a source that has stalled or failed anew; a recording goes on.
 bool CameraUnit::restart(const Run& run, Reason* reason) {
   std::fprintf(stderr, "camera: %s; starting it again\n", reason->text.c_str());
-  stop_capture(capture(), device_release);
+  stop_capture(capture(), device_release, &run.stop);
   const int error = launch(run, false, reason);
   if (error != 0 && !run.stop) complain(*reason);
   return error == 0;
@@ -266,9 +272,17 @@ bool CameraUnit::restart(const Run& run, Reason* reason) {
 bool CameraUnit::wait_to_retry(const Run& run, const Reason& reason) {
   const auto end = Clock::now() + retry_pause(reason.trouble);
   while (!run.stop && Clock::now() < end) std::this_thread::sleep_for(start_turn);
-  if (run.stop || is_present()) return !run.stop;
-  miss_camera(unit_, Missing::lost, source_->camera.identity);
+  if (run.stop) return false;
+  // A camera that was plugged in again is another device, at another node perhaps.
+  if (is_present() && !CameraWatch::instance().has_changed(source_->camera)) return true;
+  wait_for_return();
   return false;
+}
+
+/// The device is gone, or a new one has come in its place: opening the unit anew is worth it when it is there.
+void CameraUnit::wait_for_return() {
+  if (!is_present()) complain({CameraTrouble::gone, explain(CameraTrouble::gone, source_->camera.label)});
+  miss_camera(unit_, Missing::lost, source_->camera.identity);
 }
 
 /// The source is lost: no more frames, the client is told, the recording is completed.
@@ -284,11 +298,12 @@ void CameraUnit::revoke(const Reason& reason, const Run& run) {
   const bool asleep = device && reason.trouble == CameraTrouble::none;
   const bool gone = reason.trouble == CameraTrouble::gone || !is_present();
   const std::string text = device && gone ? explain(CameraTrouble::gone, label) : reason.text;
+  const std::string sentence = device ? text : "The camera has stopped: " + text;
   if (complaint_ != text) std::fprintf(stderr, "camera: %s\n", text.c_str());
   if (const auto exchange = this->exchange()) exchange->shut();
-  if (const auto running = capture()) stop_capture(running, device_release);
+  if (const auto running = capture()) stop_capture(running, device_release, &run.stop);
   with_slot([&](ViewfinderSlot& slot) {
-    slot.set_trouble(asleep ? "" : gone ? explain(CameraTrouble::gone, label) : reason.text);
+    slot.set_trouble(asleep ? "The computer was asleep. Starting the camera again." : sentence);
   });
   end_feed();
   if (device) miss_camera(unit_, Missing::lost, source_->camera.identity);

@@ -296,9 +296,9 @@ TEST_F(Service, ALostCameraLeavesAReasonAndNoPicture) {
   std::this_thread::sleep_for(100ms);
   editor.stop();
   EXPECT_FALSE(slot->latest());
-  EXPECT_EQ(slot->status().trouble, "Camera: disconnected");
+  EXPECT_EQ(slot->status().trouble, "The camera has stopped: Failed after iterations as requested.");
   EXPECT_EQ(camera_close(handle), 0);
-  EXPECT_EQ(slot->status().trouble, "Camera: disconnected");
+  EXPECT_EQ(slot->status().trouble, "The camera has stopped: Failed after iterations as requested.");
   testing::internal::GetCapturedStderr();
   start("scene");
   EXPECT_EQ(slot->status().trouble, "");

@@ -83,23 +83,27 @@ TEST(Reopening, IsWorthItWhenTheUnitWouldGetSomethingBetter) {
     Clock::duration ago;
     const char* candidate;
     bool known;
+    bool none;
     bool worth;
   } cases[] = {
-      {Missing::stand_in, 0s, "", true, false},
-      {Missing::stand_in, 0s, "b", true, true},
-      {Missing::not_opened, 9s, "", true, false},
-      {Missing::not_opened, 0s, "a", true, true},
-      {Missing::searching, 0s, "", false, false},
-      {Missing::searching, 0s, "", true, true},
-      {Missing::lost, 0s, "a", true, true},
-      {Missing::lost, 1s, "b", true, false},
-      {Missing::lost, 4s, "b", true, true},
-      {Missing::lost, 60s, "", true, false},
-      {Missing::passed_over, 0s, "a", true, false},
-      {Missing::passed_over, 0s, "b", true, true},
+      {Missing::stand_in, 0s, "", true, true, false},
+      {Missing::stand_in, 0s, "b", true, false, true},
+      {Missing::not_opened, 9s, "", true, true, true},
+      {Missing::not_opened, 9s, "", true, false, false},
+      {Missing::not_opened, 0s, "a", true, false, true},
+      {Missing::searching, 0s, "", false, false, false},
+      {Missing::searching, 0s, "", true, true, true},
+      {Missing::lost, 0s, "a", true, false, true},
+      {Missing::lost, 1s, "b", true, false, false},
+      {Missing::lost, 4s, "b", true, false, true},
+      {Missing::lost, 60s, "", true, true, false},
+      {Missing::displaced, 60s, "b", true, false, false},
+      {Missing::displaced, 0s, "a", true, false, true},
+      {Missing::passed_over, 0s, "a", true, false, false},
+      {Missing::passed_over, 0s, "b", true, false, true},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(handset::worth_reopening({c.how, "a", now - c.ago}, c.candidate, c.known, now), c.worth)
+    EXPECT_EQ(handset::worth_reopening({c.how, "a", now - c.ago}, {c.candidate, c.known, c.none}, now), c.worth)
         << static_cast<int>(c.how) << " " << c.candidate;
   }
 }

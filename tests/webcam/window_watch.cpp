@@ -82,8 +82,10 @@ int main(int argc, char** argv) {
   handset::begin_camera_search();
   bb::cascades::Application app(argc, argv);
   const Stopwatch watch(app.desktopWindow());
-  new tarnelApp(&app);
+  auto* const morvane = new tarnelApp(&app);
   const int status = app.exec();
+  delete morvane;
+  handset::finish_camera_service();
   std::printf("slowest answer %.0f ms after %.1f s, of %d\n", watch.slowest(), watch.at(), watch.answers());
   std::fflush(stdout);
   return watch.answers() > 0 ? status : EXIT_FAILURE;
