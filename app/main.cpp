@@ -8,7 +8,9 @@
 #include "platform/cascades/single_instance.h"
 #include "platform/device/sandbox.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int run(int argc, char** argv) {
   // Before anything else: libraries look at the environment and the working directory that this sets.
   const std::string package = find_package_dir();
   if (package.empty()) {
@@ -30,9 +32,12 @@ int main(int argc, char** argv) {
   if (!place->is_first()) return EXIT_SUCCESS;
   QObject::connect(place.get(), &handset::SingleInstance::activation_requested, &app,
                    &bb::cascades::Application::bringToFront);
-  auto* const morvane = new tarnelApp(&app);
-  const int status = app.exec();
-  delete morvane;
-  handset::finish_camera_service();
-  return status;
+  new tarnelApp(&app);
+  return app.exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  handset::end_process(run(argc, argv));
 }

@@ -6,6 +6,8 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -195,6 +197,11 @@ std::string absent_owner(camera_unit_t unit) {
 bool camera_may_be_replaced(camera_handle_t handle) {
   const std::shared_ptr<CameraUnit> unit = find(handle);
   return unit && unit->may_be_replaced();
+}
+
+void end_process(int status) {
+  std::fflush(nullptr);
+  std::_Exit(status);
 }
 
 void begin_camera_search() {

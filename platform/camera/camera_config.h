@@ -68,9 +68,9 @@ bool camera_may_be_replaced(camera_handle_t handle);
 /// Begins to look for cameras, so that opening one need not wait for that. Any thread.
 void begin_camera_search();
 
-/// Waits, up to two seconds, for what the closed cameras have left under way: a process that ends while GStreamer is
-/// still being asked about encoders may abort. To be called last, by a program that did not wait for pictures.
-void finish_camera_service();
+/// Ends the process, with its streams flushed and nothing else undone: threads that were left behind in a device or a
+/// server may be in the middle of a library that would be taken down under them. Once everything is closed.
+[[noreturn]] void end_process(int status);
 
 struct CameraStatistics {
   std::uint64_t arrived;   ///< frames that the source delivered

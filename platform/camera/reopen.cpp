@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/camera/camera_config.h"
@@ -41,13 +42,6 @@ class Reopener {
     const std::lock_guard lock(mutex_);
     missed_[unit] = {std::move(missed), {}};
     changed_.notify_all();
-    if (started_) return;
-    started_ = true;
-    CameraWatch::instance().on_cameras_changed([this] {
-      const std::lock_guard changed(mutex_);
-      changed_.notify_all();
-    });
-    std::thread([this] { run(); }).detach();
   }
 
   void forget(camera_unit_t unit) {
@@ -56,8 +50,18 @@ class Reopener {
   }
 
   void set_listener(std::function<void(camera_unit_t)> listener) {
-    const std::lock_guard lock(listener_mutex_);
-    listener_ = std::move(listener);
+    {
+      const std::lock_guard lock(listener_mutex_);
+      listener_ = std::move(listener);
+      if (!listener_) return;
+    }
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(started_, true)) return;
+    CameraWatch::instance().on_cameras_changed([this] {
+      const std::lock_guard changed(mutex_);
+      changed_.notify_all();
+    });
+    std::thread([this] { run(); }).detach();
   }
 
  private:

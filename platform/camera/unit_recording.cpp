@@ -37,15 +37,7 @@ std::string end_notice(int error) {
   return "recording ended: " + std::generic_category().message(error);
 }
 
-/// In the whole process.
-std::atomic<int> proofs_running{0};
-
 }  // namespace
-
-void finish_camera_service() {
-  const auto end = std::chrono::steady_clock::now() + preparation_patience;
-  while (proofs_running != 0 && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(start_turn);
-}
 
 /// Proves an encoder, which the first recording should not have to wait for.
 void CameraUnit::prepare() {
@@ -59,10 +51,8 @@ void CameraUnit::prepare() {
     size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
     frame_rate = viewfinder_.frame_rate;
   }
-  ++proofs_running;
   std::thread([preparation, size, frame_rate] {
     proven_video_encoder(size, frame_rate);
-    --proofs_running;
     const std::lock_guard lock(preparation->mutex);
     preparation->done = true;
     preparation->changed.notify_all();

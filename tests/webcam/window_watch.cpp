@@ -71,9 +71,7 @@ class Stopwatch : public QObject {
   std::thread thread_;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   const std::string package = find_package_dir();
   if (package.empty() || enter_sandbox(package) != 0) return EXIT_FAILURE;
   handset::CameraServiceConfig cameras = handset::config_from_device_profile();
@@ -82,11 +80,15 @@ int main(int argc, char** argv) {
   handset::begin_camera_search();
   bb::cascades::Application app(argc, argv);
   const Stopwatch watch(app.desktopWindow());
-  auto* const morvane = new tarnelApp(&app);
+  new tarnelApp(&app);
   const int status = app.exec();
-  delete morvane;
-  handset::finish_camera_service();
   std::printf("slowest answer %.0f ms after %.1f s, of %d\n", watch.slowest(), watch.at(), watch.answers());
   std::fflush(stdout);
   return watch.answers() > 0 ? status : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  handset::end_process(run(argc, argv));
 }

@@ -1,10 +1,13 @@
 #include <cstdio>
 
+#include "platform/camera/camera_config.h"
 #include "tools/record/list.h"
 #include "tools/record/options.h"
 #include "tools/record/session.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int run(int argc, char** argv) {
   record::Options options;
   const std::string complaint = record::parse_options(argc, argv, &options);
   if (!complaint.empty()) {
@@ -22,4 +25,10 @@ int main(int argc, char** argv) {
   if (options.action == record::Options::Action::list) return record::print_list();
   record::block_signals();
   return record::run_session(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  handset::end_process(run(argc, argv));
 }
