@@ -1,5 +1,8 @@
 #include "tests/webcam/rows.h"
 
+#include <algorithm>
+#include <array>
+
 namespace webcam {
 namespace {
 
@@ -32,8 +35,10 @@ constexpr double failed_start = 7;
 #define WINDOW_ROW(title, steps) \
   { .name = title, .script = steps "; close_window", .says = any_line, .prints = answers }
 
-/// What a window that has done everything in time prints: its slowest answer took less than 200 ms.
-constexpr const char* answers = "^(?!.*in vain).*slowest answer (1?[0-9]?[0-9]) ms";
+/// What a window that has done everything in time prints: its slowest answer took less than 400 ms, on one emulated
+/// processor of a tenth of a real one's speed, which draws and proves encoders at the same time. A window that waits for
+/// a device is beyond that by far.
+constexpr const char* answers = "^(?!.*in vain).*slowest answer ([123]?[0-9]?[0-9]) ms";
 
 const std::vector<Row> plain_rows = {
     // Formats.
@@ -248,6 +253,16 @@ const std::vector<Row>& rows() {
     return list;
   }();
   return all;
+}
+
+bool is_quick(const Row& row) {
+  constexpr std::array thorough = {
+      "nv12",           "h264_beside_yuyv",    "10_only",           "raw_at_equal_rate",       "by_part_of_a_name",
+      "by_unknown_name", "by_ambiguous_name",  "list_says_why_not", "replugged",               "busy_by_name",
+      "stalls_6_seconds", "stalls_for_good",   "broken_mjpeg",      "microphone_by_name",      "no_microphone",
+      "window_late",    "window_other_is_busy", "window_stalls_for_good", "window_plugged_in_later",
+      "pw_no_camera",   "pw_late",             "pw_dead",           "pw_stalls_2_seconds"};
+  return std::find(thorough.begin(), thorough.end(), row.name) == thorough.end();
 }
 
 }  // namespace webcam

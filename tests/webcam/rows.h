@@ -38,4 +38,7 @@ struct Row {
 
 const std::vector<Row>& rows();
 
+/// Rows that a change has to pass within minutes; the others are for when there is time.
+bool is_quick(const Row& row);
+
 }  // namespace webcam

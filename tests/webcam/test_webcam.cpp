@@ -18,13 +18,17 @@ namespace {
 
 using webcam::Row;
 
-/// All rows, or the named ones. @return false when one of the names is no row's
+/// The quick rows, or the named ones; "all" names all. @return false when one of the names is no row's
 bool choose_rows(const std::vector<std::string>& names, std::vector<Row>* chosen) {
+  if (names == std::vector<std::string>{"all"}) {
+    *chosen = webcam::rows();
+    return true;
+  }
   std::size_t known = 0;
   for (const Row& row : webcam::rows()) {
     const bool named = std::find(names.begin(), names.end(), row.name) != names.end();
     known += named ? 1 : 0;
-    if (named || names.empty()) chosen->push_back(row);
+    if (named || (names.empty() && webcam::is_quick(row))) chosen->push_back(row);
   }
   return known == names.size();
 }
