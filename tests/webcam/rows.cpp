@@ -261,7 +261,7 @@ bool is_quick(const Row& row) {
       "by_unknown_name", "by_ambiguous_name",  "list_says_why_not", "replugged",               "busy_by_name",
       "stalls_6_seconds", "stalls_for_good",   "broken_mjpeg",      "microphone_by_name",      "no_microphone",
       "window_late",    "window_other_is_busy", "window_stalls_for_good", "window_plugged_in_later",
-      "pw_no_camera",   "pw_late",             "pw_dead",           "pw_stalls_2_seconds"};
+      "microphones_listed", "short_yuyv", "refuses", "pw_no_camera", "pw_late",             "pw_dead",           "pw_stalls_2_seconds"};
   return std::find(thorough.begin(), thorough.end(), row.name) == thorough.end();
 }
 
