@@ -101,8 +101,9 @@ void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::millisec
     bool done = false;
   };
   const auto done = std::make_shared<Done>();
-  std::thread([capture, done] {
+  std::thread([capture = capture, done]() mutable {
     capture->stop();
+    capture.reset();  // what the source has open is closed before anybody goes on
     const std::lock_guard lock(done->mutex);
     done->done = true;
     done->changed.notify_all();
