@@ -250,8 +250,8 @@ int camera_close(camera_handle_t handle) {
     if (exchange) s.orphans.emplace(handle, exchange);
     s.open.erase(found);
   }
-  handset::forget_missed(unit->unit());
   stop_streams(*unit, exchange);
+  handset::forget_missed(unit->unit());  // its service thread may have waited for a camera to the last
   release(unit->unit());
   return 0;
 }

@@ -35,8 +35,7 @@ struct CameraServiceConfig {
   /// Starting a camera's viewfinder returns with the first picture, or with why there is none; else at once, and a
   /// camera that gives no picture is tried again until it does. Clips, screens and descriptions are always waited for.
   bool wait_for_picture = true;
-  /// Remembers how cameras' own controls were found while they are changed; empty: not kept. Cameras are told apart in
-  /// it.
+  /// Folder for the controls' original values while a camera is open, one file per camera; empty: not kept.
   std::string controls_folder;
   std::string memory_file;  ///< remembers which found camera is rear and which front; empty: not kept
 };

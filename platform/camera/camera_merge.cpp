@@ -109,7 +109,7 @@ Candidate candidate_of(const DeviceView& view) {
 
 void place_view(const DeviceView& view, const std::vector<V4l2Answers>& nodes, std::vector<Candidate>* candidates) {
   if (view.node.empty() && !view.usb_id.empty()) {
-    // Of two equal cameras nobody knows which one this is: it is good for one that is not reached otherwise.
+    // Equal cameras cannot be told apart here: assign the view to one that has no other way.
     bool listed = false;
     for (Candidate& c : *candidates) {
       if (c.place.usb_id != view.usb_id || c.camera.node.empty()) continue;

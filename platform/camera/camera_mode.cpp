@@ -10,7 +10,7 @@
 namespace handset {
 namespace {
 
-/// Part of the wanted rate from which on nobody misses the rest.
+/// A rate of at least this share of the wanted one is good enough.
 constexpr double enough = 0.8;
 /// Slower is not fluent. A little less than 24, for 24000/1001.
 constexpr double fluent_rate = 23.9;

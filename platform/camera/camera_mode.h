@@ -12,7 +12,7 @@
 
 namespace handset {
 
-/// Frames per second. 0/1: it varies, or nobody knows.
+/// Frames per second; 0/1 when variable or unknown.
 struct FrameRate {
   int numerator = 0;
   int denominator = 1;
@@ -52,13 +52,13 @@ struct Decoders {
 /// Looks into GStreamer's registry. Any thread.
 Decoders installed_decoders();
 
-/// A way with the rate that is asked for; `way` is null where there is none.
+/// A way and the rate to request; `way` is null when the mode has none.
 struct ChosenWay {
   const CameraWay* way = nullptr;
-  FrameRate rate;     ///< 0/1: none is asked for
+  FrameRate rate;     ///< 0/1: do not request one
   bool exact = true;  ///< the rate is one that is listed, not one within a range
 
-  /// Frames per second to expect; 30 where nobody knows.
+  /// Expected frames per second; 30 if unknown.
   double expected() const { return rate.numerator > 0 ? rate.value() : 30; }
 };
 

@@ -14,14 +14,10 @@ namespace {
 
 constexpr std::chrono::milliseconds question_limit{200};
 
-bool is_server(const std::string& program) {
-  return program == "pipewire" || program == "wireplumber";
-}
-
 /// The program that films with a node, as far as this user may see that; empty for none.
 std::string user_of(const std::string& node) {
   const std::vector<std::string> holders = holders_of(node);
-  const auto user = std::find_if_not(holders.begin(), holders.end(), is_server);
+  const auto user = std::find_if_not(holders.begin(), holders.end(), is_media_server);
   return user != holders.end() ? *user : "";
 }
 

@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds further_wait{2000};
 constexpr std::chrono::milliseconds first_wait{1000};
 /// A window does not stand still for longer; it hears of the cameras later.
 constexpr std::chrono::milliseconds window_wait{80};
-/// Time to let go of a camera that was just closed.
+/// Grace period for a camera that this process has just closed.
 constexpr std::chrono::milliseconds letting_go{400};
 constexpr std::chrono::milliseconds question_limit{500};
 
@@ -77,8 +77,7 @@ struct Use {
 };
 
 Use judge_holders(const FoundCamera& camera, const std::vector<std::string>& holders) {
-  const auto other = std::find_if(holders.begin(), holders.end(),
-                                  [](const std::string& h) { return h != "pipewire" && h != "wireplumber"; });
+  const auto other = std::find_if_not(holders.begin(), holders.end(), is_media_server);
   if (other != holders.end()) return {true, false, *other};
   return {true, !holders.empty() && camera.device && !camera.other_modes.empty(), ""};
 }

@@ -13,7 +13,7 @@ namespace handset {
 /// up to three seconds for devices and servers that do not answer. Any thread.
 /// @return 0, or as resolve_source() says
 ///
-/// Where the setup says that nobody waits for pictures, this does not either: no node is asked anything, and while the
+/// Without wait_for_picture this never blocks: it asks no node anything, and while the
 /// cameras are still being looked for it fails with CameraTrouble::searching.
 int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source);
 

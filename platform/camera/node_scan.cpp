@@ -145,4 +145,8 @@ std::vector<std::string> holders_of(const std::string& node) {
   return holders;
 }
 
+bool is_media_server(const std::string& program) {
+  return program == "pipewire" || program == "wireplumber";
+}
+
 }  // namespace handset

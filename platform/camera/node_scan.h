@@ -25,4 +25,7 @@ bool ask_within(std::chrono::milliseconds limit, bool otherwise, std::function<b
 /// Programs that have a node open, this one excepted, as far as this user may see them.
 std::vector<std::string> holders_of(const std::string& node);
 
+/// PipeWire and its session manager have cameras open on behalf of other programs.
+bool is_media_server(const std::string& program);
+
 }  // namespace handset

@@ -181,8 +181,9 @@ int CameraUnit::stop_viewfinder() {
   if (const auto last = capture()) {
     stop_capture(last, device && !config_.wait_for_picture ? device_stop : other_stop);
   }
-  // A process that ends while GStreamer is still being asked about encoders may abort.
-  if (config_.wait_for_picture) wait_prepared();  // a window waits for that when it is gone
+  // A process that returns from main() while GStreamer is being asked about encoders may abort. The window's does not
+  // return (end_process), and nobody waits in it.
+  if (config_.wait_for_picture) wait_prepared();
   if (controls) controls->wait_released(device && !config_.wait_for_picture ? device_stop : camera_timeouts::put_back);
   // The pair that is out still belongs in the film.
   if (exchange) exchange->wait_unused(camera_timeouts::pair_return);
