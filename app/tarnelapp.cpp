@@ -187,7 +187,11 @@ void tarnelApp::follow_cameras() {
   connect(handset::Stage::instance(), &handset::Stage::retryRequested, this, &tarnelApp::reopen_camera);
   handset::set_reopen_listener([this](camera_unit_t unit) {
     QMetaObject::invokeMethod(
-        this, [this, unit] { if (unit == mCameraUnit) reopen_camera(); }, Qt::QueuedConnection);
+        this,
+        [this, unit] {
+          if (unit == mCameraUnit) reopen_camera();
+        },
+        Qt::QueuedConnection);
   });
 }
 

@@ -169,8 +169,8 @@ int camera_get_video_property(camera_handle_t handle, int property, ...);
 
 // --- viewfinder -------------------------------------------------------------------------------
 
-/// Starts the streams. Returns when the first frame has arrived or the source has refused; where the service is set up not
-/// to wait for pictures, at once for cameras.
+/// Starts the streams. Returns when the first frame has arrived or the source has refused; where the service is set up
+/// not to wait for pictures, at once for cameras.
 /// @param frame_callback   called for every frame that has been returned or needed no edit; may be null
 /// @param status_callback  called on status changes; may be null
 /// @return EALREADY (runs), EIO (source fails), ETIMEDOUT (no frame in time), EINVAL (size never set)

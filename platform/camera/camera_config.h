@@ -13,8 +13,8 @@
 namespace handset {
 
 /// What stands behind the units. Each source is one of:
-///   auto              the camera that has the unit's role, another one where that cannot be used, the built-in scene where
-///                     there is none (desktop unit: desktop)
+///   auto              the camera that has the unit's role, another one where that cannot be used, the built-in
+///                     scene where there is none (desktop unit: desktop)
 ///   camera:NAME       a camera by its label or identity, or by a part that no other camera's has
 ///   scene             the built-in scene
 ///   desktop           the screen: the X11 display, or what the user of a Wayland desktop shares with the program

@@ -142,12 +142,13 @@ struct RoleChoice {
   CameraChoice choice;
 };
 
-RoleChoice choose_for_role(camera_unit_t unit, const std::vector<FoundCamera>& cameras, const Memory& memory, bool ask) {
+RoleChoice choose_for_role(camera_unit_t unit, const std::vector<FoundCamera>& cameras, const Memory& memory,
+                           bool ask) {
   const CameraRoles roles = assign_roles(cameras, memory.rear, memory.front);
   const bool front = unit == CAMERA_UNIT_FRONT;
-  return {roles, choose_camera(cameras, front ? roles.front : roles.rear,
-                               find_evicted(cameras, front ? memory.front : memory.rear),
-                               ask ? objection_to : past_failure)};
+  return {roles,
+          choose_camera(cameras, front ? roles.front : roles.rear,
+                        find_evicted(cameras, front ? memory.front : memory.rear), ask ? objection_to : past_failure)};
 }
 
 int resolve_role(const CameraServiceConfig& config, camera_unit_t unit, const std::vector<FoundCamera>& cameras,
@@ -193,8 +194,8 @@ std::string absent_owner(const CameraServiceConfig& config, camera_unit_t unit) 
   const Memory memory = load_memory(config.memory_file);
   const std::string& owner = unit == CAMERA_UNIT_FRONT ? memory.front : memory.rear;
   const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now(std::chrono::milliseconds(0));
-  const bool present = std::any_of(cameras.begin(), cameras.end(),
-                                   [&](const FoundCamera& camera) { return is_called(camera, owner); });
+  const bool present =
+      std::any_of(cameras.begin(), cameras.end(), [&](const FoundCamera& camera) { return is_called(camera, owner); });
   return present ? "" : owner;
 }
 

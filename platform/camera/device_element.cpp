@@ -90,9 +90,8 @@ ElementPtr make_device_element(const FoundCamera& camera, int way, camera_res_t 
   const ChosenWay choice = choose_way(*mode, frame_rate);
   // A driver that does not say the shape of its pixels would be given the oddest one that the pipeline can do.
   const std::string caps = caps_of(choice, mode->size);
-  const ElementPtr tail = parse_bin("capsfilter caps=\"" + caps + ",pixel-aspect-ratio=1/1;" + caps + "\"" +
-                                        decoder_of(choice.way->coding),
-                                    error);
+  const ElementPtr tail = parse_bin(
+      "capsfilter caps=\"" + caps + ",pixel-aspect-ratio=1/1;" + caps + "\"" + decoder_of(choice.way->coding), error);
   if (!tail) return {};
   auto bin = ElementPtr::adopt(gst_bin_new("camera"));
   gst_bin_add_many(GST_BIN(bin.get()), head.get(), tail.get(), nullptr);

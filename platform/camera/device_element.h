@@ -18,6 +18,7 @@ std::string caps_of(const ChosenWay& choice, camera_res_t size);
 /// A bin that films with a camera: size and rate are what its modes have that comes nearest to what is wanted.
 /// @param way  0: the node where that can be opened, else the device; 1: the device beside a node
 /// @return empty with `error` filled when it cannot be built
-ElementPtr make_device_element(const FoundCamera& camera, int way, camera_res_t size, int frame_rate, std::string* error);
+ElementPtr make_device_element(const FoundCamera& camera, int way, camera_res_t size, int frame_rate,
+                               std::string* error);
 
 }  // namespace handset

@@ -56,8 +56,8 @@ BufferPtr wrap_picture(const Frame& frame) {
   handed_over(held.get());
   const gsize size = held->map.size;
   std::uint8_t* const bytes = held->map.data;
-  GstMemory* memory = gst_memory_new_wrapped(GST_MEMORY_FLAG_READONLY, bytes, size, 0, size, held.release(),
-                                             HeldBytes::release);
+  GstMemory* memory =
+      gst_memory_new_wrapped(GST_MEMORY_FLAG_READONLY, bytes, size, 0, size, held.release(), HeldBytes::release);
   BufferPtr wrapper = BufferPtr::adopt(gst_buffer_new());
   gst_buffer_append_memory(wrapper.get(), memory);
   GST_BUFFER_DURATION(wrapper.get()) = GST_BUFFER_DURATION(frame.buffer.get());
@@ -67,8 +67,8 @@ BufferPtr wrap_picture(const Frame& frame) {
   gint stride[GST_VIDEO_MAX_PLANES] = {};
   for (int plane = 0; plane < 2; ++plane) {
     stride[plane] = own != nullptr ? own->stride[plane] : whole->stride[plane];
-    offset[plane] = (own != nullptr ? own->offset[plane] : whole->offset[plane]) +
-                    way_to_picture(frame, plane, stride[plane]);
+    offset[plane] =
+        (own != nullptr ? own->offset[plane] : whole->offset[plane]) + way_to_picture(frame, plane, stride[plane]);
   }
   gst_buffer_add_video_meta_full(wrapper.get(), GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12,
                                  static_cast<guint>(GST_VIDEO_INFO_WIDTH(frame.info.get())),

@@ -37,8 +37,7 @@ struct Outlook {
 };
 
 /// Whether opening a unit anew is worth it.
-bool worth_reopening(const MissedCamera& missed, const Outlook& outlook,
-                     std::chrono::steady_clock::time_point now);
+bool worth_reopening(const MissedCamera& missed, const Outlook& outlook, std::chrono::steady_clock::time_point now);
 
 // Which units wait for a camera; the listener of set_reopen_listener() is told when it is there. Any thread.
 

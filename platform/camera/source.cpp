@@ -160,8 +160,7 @@ int resolve_source(const CameraServiceConfig& config, camera_unit_t unit, Source
                               "\" (auto, camera:NAME, scene, desktop, clip:FILE or gst:DESCRIPTION)");
 }
 
-ElementPtr make_source_element(const Source& source, int way, camera_res_t size, int frame_rate,
-                               std::string* error) {
+ElementPtr make_source_element(const Source& source, int way, camera_res_t size, int frame_rate, std::string* error) {
   const std::string rate = "framerate=" + std::to_string(frame_rate) + "/1";
   switch (source.kind) {
     case Source::Kind::scene: {

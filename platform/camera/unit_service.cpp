@@ -126,7 +126,12 @@ int CameraUnit::launch_way(const Run& run, int way, bool patient, Reason* reason
     frame_rate = viewfinder_.frame_rate;
   }
   const std::shared_ptr<FrameExchange> exchange = this->exchange();
-  CaptureStart start({.source = source_, .size = size, .frame_rate = frame_rate, .unpaced = unpaced_, .stabilized = stabilized, .way = way},
+  CaptureStart start({.source = source_,
+                      .size = size,
+                      .frame_rate = frame_rate,
+                      .unpaced = unpaced_,
+                      .stabilized = stabilized,
+                      .way = way},
                      [exchange](Frame frame) { exchange->offer(std::move(frame)); });
   std::shared_ptr<Capture> capture;
   std::string why;

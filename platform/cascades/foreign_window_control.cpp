@@ -58,8 +58,7 @@ class PixelGrid {
 /// A frame's pixels for as long as this lives.
 class MappedFrame {
  public:
-  explicit MappedFrame(const handset::Frame& frame)
-      : mapped_(handset::map_frame(frame, GST_MAP_READ, &video_)) {}
+  explicit MappedFrame(const handset::Frame& frame) : mapped_(handset::map_frame(frame, GST_MAP_READ, &video_)) {}
   MappedFrame(const MappedFrame&) = delete;
   MappedFrame& operator=(const MappedFrame&) = delete;
   ~MappedFrame() {

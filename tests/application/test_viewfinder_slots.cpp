@@ -263,7 +263,8 @@ TEST_F(ViewfinderSlots, ALostCameraEndsTheRecordingOnThePageAndIsOpenedWhenItCom
   fake_camera::clear_journal();
   fake_camera::offer(CAMERA_UNIT_FRONT);
   fake_camera::offer(CAMERA_UNIT_REAR);
-  errors_of([this] { EXPECT_TRUE(wait_until([] { return fake_camera::is_open() && fake_camera::commands().size() > 8; })); });
+  errors_of(
+      [this] { EXPECT_TRUE(wait_until([] { return fake_camera::is_open() && fake_camera::commands().size() > 8; })); });
   const std::vector<std::string> calls = fake_camera::commands();
   EXPECT_THAT(calls, testing::IsSupersetOf({"light 0", "close", "open 2 31", "light 1"}));
   EXPECT_THAT(calls, Not(Contains("open 1 31")));

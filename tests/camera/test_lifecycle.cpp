@@ -86,20 +86,13 @@ TEST(Reopening, IsWorthItWhenTheUnitWouldGetSomethingBetter) {
     bool none;
     bool worth;
   } cases[] = {
-      {Missing::stand_in, 0s, "", true, true, false},
-      {Missing::stand_in, 0s, "b", true, false, true},
-      {Missing::not_opened, 9s, "", true, true, true},
-      {Missing::not_opened, 9s, "", true, false, false},
-      {Missing::not_opened, 0s, "a", true, false, true},
-      {Missing::searching, 0s, "", false, false, false},
-      {Missing::searching, 0s, "", true, true, true},
-      {Missing::lost, 0s, "a", true, false, true},
-      {Missing::lost, 1s, "b", true, false, false},
-      {Missing::lost, 4s, "b", true, false, true},
-      {Missing::lost, 60s, "", true, true, false},
-      {Missing::displaced, 60s, "b", true, false, false},
-      {Missing::displaced, 0s, "a", true, false, true},
-      {Missing::passed_over, 0s, "a", true, false, false},
+      {Missing::stand_in, 0s, "", true, true, false},     {Missing::stand_in, 0s, "b", true, false, true},
+      {Missing::not_opened, 9s, "", true, true, true},    {Missing::not_opened, 9s, "", true, false, false},
+      {Missing::not_opened, 0s, "a", true, false, true},  {Missing::searching, 0s, "", false, false, false},
+      {Missing::searching, 0s, "", true, true, true},     {Missing::lost, 0s, "a", true, false, true},
+      {Missing::lost, 1s, "b", true, false, false},       {Missing::lost, 4s, "b", true, false, true},
+      {Missing::lost, 60s, "", true, true, false},        {Missing::displaced, 60s, "b", true, false, false},
+      {Missing::displaced, 0s, "a", true, false, true},   {Missing::passed_over, 0s, "a", true, false, false},
       {Missing::passed_over, 0s, "b", true, false, true},
   };
   for (const auto& c : cases) {

@@ -100,7 +100,11 @@ std::vector<Luma> filmed(const Source& source, bool stabilized) {
   std::vector<Luma> pictures;
   std::string error;
   auto capture = Capture::start(
-      {.source = {std::shared_ptr<const Source>(), &source}, .size = {width, height}, .frame_rate = 30, .unpaced = true, .stabilized = stabilized},
+      {.source = {std::shared_ptr<const Source>(), &source},
+       .size = {width, height},
+       .frame_rate = 30,
+       .unpaced = true,
+       .stabilized = stabilized},
       [&](Frame frame) {
         EXPECT_EQ(static_cast<bool>(frame.canvas), stabilized);
         EXPECT_TRUE(gst_buffer_is_all_memory_writable(frame.buffer.get()));

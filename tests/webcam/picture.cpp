@@ -24,12 +24,8 @@ bool parse_format(const std::string& word, Format* format) {
   constexpr struct {
     const char* word;
     Format format;
-  } known[] = {{"YUYV", Format::yuyv},
-               {"NV12", Format::nv12},
-               {"GREY", Format::grey},
-               {"MJPEG", Format::mjpeg},
-               {"H264", Format::h264},
-               {"Z16", Format::depth}};
+  } known[] = {{"YUYV", Format::yuyv},   {"NV12", Format::nv12}, {"GREY", Format::grey},
+               {"MJPEG", Format::mjpeg}, {"H264", Format::h264}, {"Z16", Format::depth}};
   for (const auto& entry : known) {
     if (word != entry.word) continue;
     *format = entry.format;

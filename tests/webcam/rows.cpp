@@ -36,8 +36,8 @@ constexpr double failed_start = 7;
   { .name = title, .script = steps "; close_window", .says = any_line, .prints = answers }
 
 /// What a window that has done everything in time prints: its slowest answer took less than 400 ms, on one emulated
-/// processor of a tenth of a real one's speed, which draws and proves encoders at the same time. A window that waits for
-/// a device is beyond that by far.
+/// processor of a tenth of a real one's speed, which draws and proves encoders at the same time. A window that waits
+/// for a device is beyond that by far.
 constexpr const char* answers = "^(?!.*in vain).*slowest answer ([123]?[0-9]?[0-9]) ms";
 
 const std::vector<Row> plain_rows = {
@@ -137,11 +137,7 @@ const std::vector<Row> plain_rows = {
      .status = 1,
      .says = std::string("Other.*") + in_use,
      .most_seconds = failed_start},
-    {.name = "dead",
-     .script = CAMERA " --do dead; film",
-     .status = 1,
-     .says = no_picture,
-     .most_seconds = late_start},
+    {.name = "dead", .script = CAMERA " --do dead; film", .status = 1, .says = no_picture, .most_seconds = late_start},
     {.name = "late", .script = CAMERA " --do 'late 4'; film", .look = Look::chart},
     {.name = "refuses",
      .script = CAMERA "; tell 0 refuse; film",
@@ -256,12 +252,32 @@ const std::vector<Row>& rows() {
 }
 
 bool is_quick(const Row& row) {
-  constexpr std::array thorough = {
-      "nv12",           "h264_beside_yuyv",    "10_only",           "raw_at_equal_rate",       "by_part_of_a_name",
-      "by_unknown_name", "by_ambiguous_name",  "list_says_why_not", "replugged",               "busy_by_name",
-      "stalls_6_seconds", "stalls_for_good",   "broken_mjpeg",      "microphone_by_name",      "no_microphone",
-      "window_late",    "window_other_is_busy", "window_stalls_for_good", "window_plugged_in_later",
-      "microphones_listed", "short_yuyv", "refuses", "pw_no_camera", "pw_late",             "pw_dead",           "pw_stalls_2_seconds"};
+  constexpr std::array thorough = {"nv12",
+                                   "h264_beside_yuyv",
+                                   "10_only",
+                                   "raw_at_equal_rate",
+                                   "by_part_of_a_name",
+                                   "by_unknown_name",
+                                   "by_ambiguous_name",
+                                   "list_says_why_not",
+                                   "replugged",
+                                   "busy_by_name",
+                                   "stalls_6_seconds",
+                                   "stalls_for_good",
+                                   "broken_mjpeg",
+                                   "microphone_by_name",
+                                   "no_microphone",
+                                   "window_late",
+                                   "window_other_is_busy",
+                                   "window_stalls_for_good",
+                                   "window_plugged_in_later",
+                                   "microphones_listed",
+                                   "short_yuyv",
+                                   "refuses",
+                                   "pw_no_camera",
+                                   "pw_late",
+                                   "pw_dead",
+                                   "pw_stalls_2_seconds"};
   return std::find(thorough.begin(), thorough.end(), row.name) == thorough.end();
 }
 

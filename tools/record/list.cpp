@@ -75,7 +75,8 @@ std::string describe_microphones(const std::vector<handset::FoundMicrophone>& mi
   if (microphones.empty()) return "  none\n";
   std::string text;
   for (const handset::FoundMicrophone& microphone : microphones) {
-    text += "  " + microphone.label + " (" + microphone.identity + ")" + (microphone.is_default ? ", default" : "") + "\n";
+    text +=
+        "  " + microphone.label + " (" + microphone.identity + ")" + (microphone.is_default ? ", default" : "") + "\n";
   }
   return text;
 }
@@ -93,8 +94,8 @@ int print_list() {
   std::fflush(stdout);
   bool answered = false;
   const std::vector<handset::FoundMicrophone> microphones = handset::find_microphones(&answered);
-  std::printf("Microphones:\n%s", answered ? describe_microphones(microphones).c_str()
-                                          : "  unknown: the sound server does not answer\n");
+  std::printf("Microphones:\n%s",
+              answered ? describe_microphones(microphones).c_str() : "  unknown: the sound server does not answer\n");
   return 0;
 }
 
