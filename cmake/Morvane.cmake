@@ -24,10 +24,10 @@ function(morvane_library name)
   target_link_libraries(${name} PUBLIC morvane_options Threads::Threads ${ARG_LINK} PRIVATE ${ARG_PRIVATE})
 endfunction()
 
-# morvane_test(NAME SOURCES... LINK libraries... [TIMEOUT seconds] [LABELS labels...] [PRECOMPILE headers...]): a
+# morvane_test(NAME SOURCES... LINK libraries... [TIMEOUT seconds] [COST seconds] [LABELS labels...] [PRECOMPILE headers...]): a
 # GoogleTest program in CTest, one CTest test for the program, so that its fixtures are set up once.
 function(morvane_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS;PRECOMPILE" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT;COST" "SOURCES;LINK;LABELS;PRECOMPILE" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock GTest::gtest_main)
   list(LENGTH ARG_SOURCES count)
@@ -39,6 +39,9 @@ function(morvane_test name)
     set(ARG_TIMEOUT 120)
   endif()
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  if(ARG_COST)
+    set_tests_properties(${name} PROPERTIES COST ${ARG_COST})
+  endif()
 endfunction()
 
 # Tests that draw: without a display and without a GPU. Qt's functions have no frame pointers; lsan.supp tells the one
