@@ -34,7 +34,7 @@ filters="[0:v]$to_full,format=yuv420p[v];[v][1:v]overlay=format=yuv420,chromahol
 filters+=",drawtext=fontfile=$font:fontsize=43:fontcolor=white:text='%{localtime\:%m-%d-%Y %I\\\\\:%M\\\\\:%S}'"
 ln -s "$PWD/build/package" "$dir/app"  # glyphs and plate are found from here
 cd "$dir"
-for run in $(seq "$runs"); do
+for _ in $(seq "$runs"); do
   cost ours_plain "$program" clip.mp4
   cost ours_filtered "$program" clip.mp4 "$texture"
   cost theirs_plain ffmpeg -v error -i clip.mp4 -vf "$to_full" -f null -

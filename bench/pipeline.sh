@@ -17,7 +17,7 @@ trap 'rm -rf "$dir"' EXIT
 ffmpeg -v error -stream_loop 4 -i "$clip" -map 0:v -c copy "$dir/clip.mp4"
 
 TIMEFORMAT='%U %S %R'
-for run in $(seq "$runs"); do
+for _ in $(seq "$runs"); do
   for filter in -1 0 1 2 3 4 5 6 7 8 9 10 11; do
     { time "$record" --source "clip:$dir/clip.mp4" --unpaced --filter "$filter" "$dir/out.mp4" >"$dir/said"; } 2>"$dir/times"
     read -r frames _ <"$dir/said"

@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2034
 # Which packages of the distribution the project needs, and installing what is missing. Sourced.
 
 # To run: what the program loads by itself, so that no library it is linked with brings it.
@@ -18,6 +19,9 @@ test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire w
 
 # To test with cameras in a virtual machine.
 webcam_packages="qemu-system-x86 busybox-static kmod cpio udev v4l-utils pipewire-pulse $test_packages"
+
+# To look at the sources: scripts/check.
+check_packages="clang-format clang-tidy shellcheck"
 
 # To make a package of the program.
 deb_packages="dpkg-dev file"

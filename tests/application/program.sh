@@ -10,7 +10,8 @@ desktop=$2
 dir=$(mktemp -d)
 jobs=()
 trap 'kill "${jobs[@]}" 2>/dev/null; wait 2>/dev/null; rm -rf "$dir"' EXIT
-mkdir -p -m 700 "$dir/run" "$dir/config/morvane"
+mkdir -m 700 "$dir/run"
+mkdir -p "$dir/config/morvane"
 printf '[camera]\nrear = scene\nfront = scene\nmicrophone = none\n' >"$dir/config/morvane/device.ini"
 unset DISPLAY WAYLAND_DISPLAY XDG_CACHE_HOME XDG_STATE_HOME
 export HOME=$dir XDG_CONFIG_HOME=$dir/config XDG_DATA_HOME=$dir/share XDG_RUNTIME_DIR=$dir/run

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # A desktop session of a test's own: message bus, PipeWire, and pictures from nowhere. Sourced with the script's own
 # arguments: it starts the script again within the session, where $dir is a folder that goes with it.
 set -u

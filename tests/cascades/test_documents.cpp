@@ -46,9 +46,10 @@ TEST_F(DocumentTest, FindsNeighboursContextAndPictures) {
   QDir().mkpath(test_package() + "/native/assets/images");
   ASSERT_TRUE(picture.save(test_package() + "/native/assets/images/three.png"));
   write_asset("Leaf.qml", "import bb.cascades 1.0\nLabel { text: helper.objectName }");
-  write_asset("Root.qml", "import QtQuick\nimport bb.cascades 1.0\nPage { Leaf { objectName: \"leaf\" }\n"
-                          "ImageView { objectName: \"view\"; imageSource: \"asset:///images/three.png\" }\n"
-                          "Image { objectName: \"plain\"; source: \"asset:///images/three.png\" } }");
+  write_asset("Root.qml",
+              "import QtQuick\nimport bb.cascades 1.0\nPage { Leaf { objectName: \"leaf\" }\n"
+              "ImageView { objectName: \"view\"; imageSource: \"asset:///images/three.png\" }\n"
+              "Image { objectName: \"plain\"; source: \"asset:///images/three.png\" } }");
   QObject helper;
   helper.setObjectName("from the program");
   document_.reset(QmlDocument::create("asset:///Root.qml"));

@@ -49,8 +49,9 @@ TEST_F(LooksTest, DropDownSelectsOnlyWhatThereIs) {
 }
 
 TEST_F(LooksTest, TransitionStartsAtItsOffsetAndEndsExactlyAtRest) {
-  show("Page { Rectangle { objectName: \"moving\"; x: 10; y: 20; width: 50; height: 50\n"
-       "TranslateTransition { objectName: \"slide\"; fromX: -300; fromY: 40; duration: 60 } } }");
+  show(
+      "Page { Rectangle { objectName: \"moving\"; x: 10; y: 20; width: 50; height: 50\n"
+      "TranslateTransition { objectName: \"slide\"; fromX: -300; fromY: 40; duration: 60 } } }");
   QQuickItem* moving = item("moving");
   auto* slide = moving->findChild<TranslateTransition*>("slide");
   QSignalSpy ended(slide, &TranslateTransition::ended);

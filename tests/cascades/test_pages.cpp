@@ -114,8 +114,9 @@ TEST_F(PagesTest, PoppedPageThatNobodyTakesIsDeletedAndOnePushedAgainStays) {
 }
 
 TEST_F(PagesTest, SheetTakesTheKeyboardAndAsksBeforeItGoesBack) {
-  write_asset("Sheet.qml", "import QtQuick\nimport bb.cascades 1.0\nSheet { Page { title: \"Settings\"\n"
-                           "Button { objectName: \"inside\"; focus: true; y: 300; width: 300; height: 100 } } }");
+  write_asset("Sheet.qml",
+              "import QtQuick\nimport bb.cascades 1.0\nSheet { Page { title: \"Settings\"\n"
+              "Button { objectName: \"inside\"; focus: true; y: 300; width: 300; height: 100 } } }");
   const std::unique_ptr<QmlDocument> document(QmlDocument::create("asset:///Sheet.qml"));
   auto* sheet = document->createRootObject<Sheet>();
   ASSERT_NE(sheet, nullptr);

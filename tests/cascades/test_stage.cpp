@@ -205,7 +205,8 @@ TEST_F(StageTest, MenuStaysShutUnderADialogAndLosesDeletedActions) {
 }
 
 TEST_F(StageTest, CardIsDrawnByItsDocumentAndClosedByEsc) {
-  write_asset("Card.qml", "import QtQuick\nRectangle { required property var card; objectName: \"card\"; color: \"red\" }");
+  write_asset("Card.qml",
+              "import QtQuick\nRectangle { required property var card; objectName: \"card\"; color: \"red\" }");
   FakeCard card;
   card.document = QUrl("asset:///Card.qml");
   stage()->open_card(&card);

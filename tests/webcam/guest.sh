@@ -1,6 +1,7 @@
 #!/bin/bash
 # The job in the guest: takes rows that no other guest has taken, first those without a sound and picture server, then
 # those with PipeWire.
+# shellcheck disable=SC2154  # /out/settings sets tests, bin and guest
 . /out/settings
 export bin GST_REGISTRY GST_REGISTRY_UPDATE=no HOME=/run/home
 
@@ -34,7 +35,7 @@ has_session_manager() { pw-cli ls Client | grep -q WirePlumber; }
 
 if [ "${1:-}" = pipewire ]; then
   export XDG_RUNTIME_DIR=/run/user PIPEWIRE_RUNTIME_DIR=/run/user
-  mkdir -p -m 700 "$XDG_RUNTIME_DIR"
+  mkdir -m 700 "$XDG_RUNTIME_DIR"
   # Without these folders of logind's, WirePlumber takes its leave.
   mkdir -p /run/systemd/seats /run/systemd/sessions /run/systemd/users /run/systemd/machines
   pipewire &

@@ -2,6 +2,7 @@
 # One row in the guest: row.sh FOLDER. Runs FOLDER/script with the words below and leaves there what is to be looked at:
 # film.mp4, status, milliseconds, stdout, stderr, and a journal for each webcam. Its own output is a trace.
 # $bin is where the programs are.
+# shellcheck disable=SC2154
 set -u
 folder=$1
 # In memory, so that nobody waits for the host while he films.
