@@ -86,10 +86,12 @@ timeout --signal=INT --kill-after=5 1 "$record" --source desktop "$dir/refused.m
 [ $? -eq 124 ] || fail "Ctrl-C does not end the waiting"
 refusal "the program ends"
 
+asked() { [ "$(grep -c 'types 1' "$dir/portal.log")" -gt "$1" ]; }
+before=$(grep -c 'types 1' "$dir/portal.log")
 "$record" --source desktop "$dir/refused.mp4" >"$dir/refused.log" 2>&1 &
 recorder=$!
 jobs+=("$recorder")
-sleep 1
+soon asked "$before" || fail "the portal is not asked"
 kill "$portal_job"
 wait "$recorder" && fail "recorded without a portal"
 refusal "the desktop's portal has ended"
