@@ -16,7 +16,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR
 
-// One lane cannot be looked at as bytes and as pairs: plain C++ does it all.
+// A single lane cannot be viewed both as bytes and as pairs: plain C++ does it all.
 std::size_t BrightenRows(std::uint8_t*, std::uint8_t*, std::uint8_t*, std::size_t) {
   return 0;
 }
@@ -30,7 +30,7 @@ HWY_INLINE Vector16 Factor(Lanes16 d, Vector16 luma) {
   return hn::Min(hn::Set(d, 350), hn::Sub(hn::Set(d, 511), luma));
 }
 
-/// Brightened luma in the upper byte of each lane; the lower one is a remainder.
+/// Brightened luma in the upper byte of each lane; the lower byte is left over.
 HWY_INLINE Vector16 BrightenLuma(Lanes16 d, Vector16 luma) {
   return hn::Add(hn::Mul(luma, Factor(d, luma)), hn::Set(d, 128));
 }

@@ -5,7 +5,7 @@
 
 namespace handset {
 
-/// An NV12 picture whose rows are brightened where they are. Strides in bytes, either sign.
+/// An NV12 picture to brighten in place. Strides in bytes, either sign.
 struct BrightenPlanes {
   std::uint8_t* luma;
   std::ptrdiff_t luma_stride;
@@ -15,7 +15,7 @@ struct BrightenPlanes {
   std::size_t height;  ///< even
 };
 
-/// Twice the light, evenly: a full-range picture as it were with the exposure doubled.
+/// Doubles the light evenly: a full-range picture as if the exposure had been doubled.
 ///
 /// Where the transfer is a power law, V' = V^(1/gamma), a gain g in linear light is the factor g^(1/gamma) on the
 /// encoded R'G'B', and since Y'CbCr is a linear function of them, on Y' and on both color differences from 128 alike.
@@ -31,7 +31,7 @@ struct BrightenPlanes {
 ///   chroma:  128 + (((C - 128) f((sum of the block's four + 2) >> 2) + 128) >> 8), clamped to a byte
 void brighten(const BrightenPlanes& planes);
 
-/// The same one block after the other: what brighten() means, byte by byte.
+/// Scalar reference for brighten(), block by block.
 void brighten_reference(const BrightenPlanes& planes);
 
 }  // namespace handset

@@ -2,11 +2,10 @@
 
 // The camera service: units, streams, frame events, the encoder and the camera roll.
 //
-// Every function may be called from any thread. Functions return 0 (CAMERA_EOK) or an errno
-// value, which they also leave in errno. None blocks for longer than a few hundred milliseconds
-// except camera_open, camera_start_video_viewfinder, camera_start_video, camera_stop_video and
-// camera_close, which wait for hardware or for a file, and each of those waits has an end (see
-// camera_timeouts in camera_config.h).
+// Every function may be called from any thread. Functions return 0 (CAMERA_EOK) or an errno value, which they also
+// leave in errno. None blocks for longer than a few hundred milliseconds except camera_open,
+// camera_start_video_viewfinder, camera_start_video, camera_stop_video and camera_close, which wait for hardware or a
+// file, always with a limit (camera_timeouts in camera_config.h).
 
 #include "platform/kernel/channel.h"
 
@@ -24,7 +23,7 @@ enum camera_unit_t : std::int32_t {
   CAMERA_UNIT_DESKTOP = 3,
 };
 
-/// Access mode bits of camera_open. A handle may do only what its mode includes.
+/// Access mode bits of camera_open. A handle permits only what its mode includes.
 enum camera_mode_t : std::uint32_t {
   CAMERA_MODE_PREAD = 0x01,   ///< read stream properties
   CAMERA_MODE_PWRITE = 0x02,  ///< set stream properties
@@ -50,10 +49,11 @@ enum camera_imgprop_t : std::int32_t {
   CAMERA_IMGPROP_WIDTH = 1,      ///< pixels, even
   CAMERA_IMGPROP_HEIGHT = 2,     ///< pixels, even
   CAMERA_IMGPROP_FRAMERATE = 3,  ///< frames per second, 1..120; default 30
-  /// 0, 90, 180 or 270 degrees. Kept for the stream and never done to a pixel: no camera here turns with the handset,
-  /// so every frame is upright as it is. The screen gets the viewfinder's with the frames; a film carries none.
+  /// 0, 90, 180 or 270 degrees. Recorded for the stream and never applied to a pixel: no camera here turns with the
+  /// handset, so every frame is already upright. The viewfinder's is passed to the screen with the frames; a film
+  /// carries none.
   CAMERA_IMGPROP_ROTATION = 6,
-  /// 1 on, 0 off. The video stream's takes the shake out of every frame, for which up to 8 % of each side are cropped.
+  /// 1 on, 0 off. On the video stream it removes the shake from every frame, cropping up to 8 % of each side.
   CAMERA_IMGPROP_STABILIZATION = 7,
   CAMERA_IMGPROP_WIN_GROUPID = 11,  ///< C string, viewfinder stream only
   CAMERA_IMGPROP_WIN_ID = 12,       ///< C string, viewfinder stream only
@@ -85,7 +85,7 @@ enum camera_focusmode_t : std::int32_t {
   CAMERA_FOCUSMODE_CONTINUOUS_AUTO = 5,
 };
 
-/// How an event key uses the frames: it edits them, and each is held back from its consumers until it is returned.
+/// How an event key uses the frames: it edits them, holding each back from its consumers until it is returned.
 enum camera_eventmode_t : std::int32_t { CAMERA_EVENTMODE_READWRITE = 1 };
 
 enum camera_devstatus_t : std::int32_t {
@@ -120,17 +120,16 @@ struct camera_buffer_t {
   std::int64_t timestamp;       ///< nanoseconds of CLOCK_MONOTONIC
   camera_frametype_t frametype;
   camera_frame_nv12_t nv12;
-  std::uint64_t pair;  ///< the service's: which pair
-  std::uint32_t role;  ///< the service's: 0 input, 1 output
+  std::uint64_t pair;  ///< internal: which pair
+  std::uint32_t role;  ///< internal: 0 input, 1 output
 };
 
 using camera_eventkey_t = std::int32_t;
 
-/// Runs on the thread that returned the frame's buffers. It reads the descriptor until it returns, and
-/// calls no function of this header.
+/// Runs on the thread that returned the frame's buffers. Must not use the descriptor after returning, nor call any
+/// function of this header.
 using camera_viewfinder_callback_t = void (*)(camera_handle_t handle, camera_buffer_t* buffer, void* arg);
-/// Runs on a thread of the service's; no lock of the service is held. It may call any function of
-/// this header, camera_close included.
+/// Runs on a service thread with no service lock held. May call any function of this header, including camera_close.
 using camera_status_callback_t = void (*)(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra,
                                           void* arg);
 
@@ -140,8 +139,8 @@ using camera_status_callback_t = void (*)(camera_handle_t handle, camera_devstat
 /// @return EINVAL (unit, mode), EBUSY (unit is open already), ENODEV (no source), EIO (source fails)
 int camera_open(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle);
 
-/// Stops everything and releases the unit: a recording is finalised first, and a frame pair that is
-/// out is waited for. A pair that is still not returned then stays valid memory until it is.
+/// Stops everything and releases the unit: finalizes a recording first and waits for a frame pair that is out. If the
+/// pair is still not returned, its memory stays valid until it is.
 /// @return EBADF for a handle that is not open.
 int camera_close(camera_handle_t handle);
 
@@ -152,7 +151,7 @@ bool camera_has_feature(camera_handle_t handle, int feature);
 /// @param supported  number of sizes the unit has (room 0), or number written
 int camera_get_video_vf_resolutions(camera_handle_t handle, unsigned room, unsigned* supported, camera_res_t* sizes);
 
-/// Angles a video stream of this frame type may be given, with the same calling convention.
+/// Angles that a video stream of this frame type supports, with the same calling convention.
 int camera_get_supported_video_rotations(camera_handle_t handle, camera_frametype_t type, int room, int* supported,
                                          int* degrees);
 
@@ -169,8 +168,8 @@ int camera_get_video_property(camera_handle_t handle, int property, ...);
 
 // --- viewfinder -------------------------------------------------------------------------------
 
-/// Starts the streams. Returns when the first frame has arrived or the source has refused; where the service is set up
-/// not to wait for pictures, at once for cameras.
+/// Starts the streams. Returns when the first frame has arrived or the source has refused; at once for cameras if the
+/// service is configured not to wait for pictures.
 /// @param frame_callback   called for every frame that has been returned or needed no edit; may be null
 /// @param status_callback  called on status changes; may be null
 /// @return EALREADY (runs), EIO (source fails), ETIMEDOUT (no frame in time), EINVAL (size never set)
@@ -184,35 +183,35 @@ int camera_stop_viewfinder(camera_handle_t handle);
 /// @return EBUSY (another key is armed), EINVAL (event kind, mode), EBADF
 int camera_enable_viewfinder_event(camera_handle_t handle, camera_eventmode_t mode, camera_eventkey_t* key,
                                    const pulse_event_t* event);
-/// Disarms a key. A pair that was announced and not fetched is dropped.
+/// Disarms a key. Drops a pair that was announced but not fetched.
 int camera_disable_event(camera_handle_t handle, camera_eventkey_t key);
 
 /// Fetches the announced frame pair. EAGAIN when there is none; EBADF for a stale key or handle.
 int camera_get_viewfinder_buffers(camera_handle_t handle, camera_eventkey_t key, camera_buffer_t* input,
                                   camera_buffer_t* output);
-/// Hands one descriptor back; with the second one the frame goes to its consumers. Allocates nothing.
-/// EINVAL for a descriptor that is not out. Works after camera_close, too.
+/// Hands one descriptor back; the second one sends the frame to its consumers. Allocates nothing. EINVAL for a
+/// descriptor that is not out. Also works after camera_close.
 int camera_return_buffer(camera_handle_t handle, camera_buffer_t* buffer);
 
-/// Declares the calling thread's use of camera resources, for the count that camera_close checks.
+/// Declares that the calling thread uses camera resources, for the count that camera_close checks.
 int camera_register_resource(camera_handle_t handle);
 int camera_deregister_resource(camera_handle_t handle);
 
 // --- controls ---------------------------------------------------------------------------------
 
-// What a camera's device can do by itself is done there, and otherwise to the picture; the device is as it was found
-// again when the viewfinder has stopped. Devices are slow: these functions do not wait for them, and of several
-// settings that come fast the last one counts. What is set before the viewfinder starts takes effect then.
+// The device does what it can; the rest is applied to the picture. The device is restored when the viewfinder stops.
+// Devices are slow: these functions do not wait for them, and the last of several quick settings wins. Settings made
+// before the viewfinder starts take effect then.
 
-/// A mode of the device's, or its exposure and gain; else a mild preset for the picture. EINVAL: unknown mode.
+/// Uses a mode of the device, or its exposure and gain; else a mild preset for the picture. EINVAL: unknown mode.
 int camera_set_scene_mode(camera_handle_t handle, camera_scenemode_t mode);
 /// The camera's lamp, or a brighter picture.
 int camera_config_videolight(camera_handle_t handle, camera_videolightmode_t mode);
-/// CAMERA_FEATURE_FOCUS tells, once the viewfinder has run for a moment, whether the device's focus can be controlled.
+/// Once the viewfinder has run for a moment, CAMERA_FEATURE_FOCUS tells whether the device's focus can be controlled.
 /// ENOTSUP: it cannot, or not in this way.
 int camera_set_focus_mode(camera_handle_t handle, camera_focusmode_t mode);
-/// Zoom levels are steps of 2.5 %: level n magnifies by 1 + n / 40, the device as far as it goes and then the picture.
-/// Until a level is set the device's own zoom stays as it is.
+/// Zoom levels are steps of 2.5 %: level n magnifies by 1 + n / 40, first in the device, the rest in the picture. Until
+/// a level is set the device keeps its own zoom.
 int camera_get_zoom_limits(camera_handle_t handle, int* minimum, int* maximum, bool* smooth);
 /// EINVAL outside the limits; ENOTSUP where the unit does not zoom.
 int camera_set_zoom(camera_handle_t handle, int level, bool smooth);
@@ -222,18 +221,18 @@ int camera_set_zoom(camera_handle_t handle, int level, bool smooth);
 /// Creates a new, empty video file in the camera roll (never an existing one).
 /// @param name       receives the absolute path, NUL-terminated
 /// @param name_size  bytes of `name`
-/// @return EINVAL, ENAMETOOLONG, or what creating the folder or the file failed with
+/// @return EINVAL, ENAMETOOLONG, or the error from creating the folder or the file
 int camera_roll_open_video(camera_handle_t handle, int* fd, char* name, std::size_t name_size,
                            camera_roll_video_fmt_t format);
-/// Closes the file; one that is still empty is removed.
+/// Closes the file, and removes it if it is still empty.
 int camera_roll_close_video(int fd);
 
-/// Starts encoding the viewfinder stream, as edited, into an existing file that it overwrites.
-/// @param status_callback  told when the recording ends by itself; may be null
+/// Starts encoding the viewfinder stream, as edited, overwriting an existing file.
+/// @param status_callback called when the recording ends by itself; may be null
 /// @return EINVAL (no viewfinder), EALREADY (recording runs), ENODEV (no encoder works), or the
 ///         error of opening the file
 int camera_start_video(camera_handle_t handle, const char* filename, camera_viewfinder_callback_t video_callback,
                        camera_status_callback_t status_callback, void* arg);
-/// Ends the recording and completes its file; returns when the file is complete.
-/// EINVAL when none was started; the errno value that ended it for one that has ended by itself meanwhile.
+/// Ends the recording; returns when its file is complete. EINVAL if none was started; the errno value of the failure if
+/// it has ended by itself.
 int camera_stop_video(camera_handle_t handle);

@@ -21,7 +21,7 @@ FrameRate rate_of(const GValue* fraction) {
 void add_rates(const GValue* value, std::vector<RateRange>* rates) {
   if (GST_VALUE_HOLDS_FRACTION(value)) {
     const FrameRate rate = rate_of(value);
-    if (rate.numerator > 0) rates->push_back({rate, rate});  // 0/1: it varies
+    if (rate.numerator > 0) rates->push_back({rate, rate});  // 0/1: variable
   } else if (GST_VALUE_HOLDS_FRACTION_RANGE(value)) {
     RateRange range{rate_of(gst_value_get_fraction_range_min(value)), rate_of(gst_value_get_fraction_range_max(value))};
     if (range.slowest.numerator <= 0) range.slowest = {1, 1};
@@ -49,7 +49,7 @@ std::vector<std::string> strings_of(const GstStructure* structure, const char* f
   return strings;
 }
 
-/// The sizes that one structure of the caps stands for.
+/// The sizes that one caps structure describes.
 std::vector<camera_res_t> sizes_of(const GstStructure* structure) {
   int width = 0;
   int height = 0;
@@ -66,7 +66,7 @@ std::vector<camera_res_t> sizes_of(const GstStructure* structure) {
   return sizes;
 }
 
-/// The formats of one structure that can be shown, each as a way.
+/// The displayable formats of one structure, each as a way.
 std::vector<CameraWay> ways_of(const GstStructure* structure, const Decoders& decoders,
                                std::vector<std::string>* refused) {
   using Coding = CameraWay::Coding;

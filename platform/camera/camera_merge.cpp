@@ -1,4 +1,4 @@
-// Makes one list of what the kernel and the device providers say.
+// Merges what the kernel and the device providers report into one list.
 
 #include <algorithm>
 #include <map>
@@ -11,7 +11,7 @@
 namespace handset {
 namespace {
 
-/// A camera with what its identity is made of.
+/// A camera and the ingredients of its identity.
 struct Candidate {
   FoundCamera camera;
   V4l2Place place;
@@ -23,7 +23,7 @@ bool only_coded_as(const FoundCamera& camera, CameraWay::Coding coding) {
   });
 }
 
-/// Some webcams have a second node for H.264: the same pictures as those of the first.
+/// Some webcams have a second node for H.264 with the same pictures as the first.
 void drop_second_streams(std::vector<Candidate>* candidates) {
   const auto is_second = [&](const Candidate& c) {
     return !c.place.usb_device.empty() && only_coded_as(c.camera, CameraWay::Coding::h264) &&
@@ -38,7 +38,7 @@ void drop_second_streams(std::vector<Candidate>* candidates) {
   std::erase_if(*candidates, [&](const Candidate&) { return *is++; });
 }
 
-/// Same format and names for all, and the socket where these are not enough.
+/// The same identity format and naming for all, plus the socket where these are ambiguous.
 void name_candidates(std::vector<Candidate>* candidates) {
   const auto count = [&](const std::string& identity) {
     return std::count_if(candidates->begin(), candidates->end(),
@@ -62,7 +62,7 @@ void name_candidates(std::vector<Candidate>* candidates) {
   }
 }
 
-/// A node's camera gets the providers' view of it: as a second way to it, or as the only one.
+/// Gives a node's camera the providers' view of it: as a second way to it, or as the only one.
 void add_view(Candidate* candidate, const DeviceView& view) {
   FoundCamera& camera = candidate->camera;
   camera.former.push_back(view.former);
@@ -109,7 +109,7 @@ Candidate candidate_of(const DeviceView& view) {
 
 void place_view(const DeviceView& view, const std::vector<V4l2Answers>& nodes, std::vector<Candidate>* candidates) {
   if (view.node.empty() && !view.usb_id.empty()) {
-    // Equal cameras cannot be told apart here: assign the view to one that has no other way.
+    // Identical cameras cannot be told apart here: assign the view to one that has no other way.
     bool listed = false;
     for (Candidate& c : *candidates) {
       if (c.place.usb_id != view.usb_id || c.camera.node.empty()) continue;
@@ -121,7 +121,7 @@ void place_view(const DeviceView& view, const std::vector<V4l2Answers>& nodes, s
   const auto same = std::find_if(candidates->begin(), candidates->end(),
                                  [&](const Candidate& c) { return !view.node.empty() && view.node == c.camera.node; });
   if (same != candidates->end()) return add_view(&*same, view);
-  // A node that the kernel calls something else than a camera stays that.
+  // What the kernel says is not a camera stays that way.
   const bool known = std::any_of(nodes.begin(), nodes.end(),
                                  [&](const V4l2Answers& n) { return !view.node.empty() && n.place.node == view.node; });
   if (!known) candidates->push_back(candidate_of(view));
@@ -138,7 +138,7 @@ std::vector<FoundCamera> merge_cameras(const std::vector<V4l2Answers>& nodes, co
     if (!answers.bus_info.empty()) camera->former.push_back(answers.place.name + "@" + answers.bus_info);
     candidates.push_back({std::move(*camera), answers.place});
   }
-  // Views with a node first: where libcamera shows the same camera again, the node's own view is there already.
+  // Views with a node first: if libcamera shows the same camera again, the node's own view is already there.
   for (const bool with_node : {true, false}) {
     for (const DeviceView& view : views) {
       if (view.node.empty() != with_node) place_view(view, nodes, &candidates);

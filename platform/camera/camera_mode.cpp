@@ -10,9 +10,9 @@
 namespace handset {
 namespace {
 
-/// A rate of at least this share of the wanted one is good enough.
+/// A rate of at least this fraction of the wanted one is good enough.
 constexpr double enough = 0.8;
-/// Slower is not fluent. A little less than 24, for 24000/1001.
+/// Anything slower looks jerky. Just below 24, to admit 24000/1001.
 constexpr double fluent_rate = 23.9;
 
 struct Rated {
@@ -20,7 +20,7 @@ struct Rated {
   double rate;
 };
 
-/// The rates of a way that come into question: the ends of its ranges, and the wanted one where it is within.
+/// Candidate rates of a way: the ends of its ranges, and the wanted rate if it lies within one.
 std::vector<ChosenWay> candidates(const CameraWay& way, double wanted) {
   if (way.rates.empty()) return {{&way, {}, true}};
   std::vector<ChosenWay> choices;
@@ -65,7 +65,7 @@ bool same_size(const camera_res_t& a, const camera_res_t& b) {
   return a.width == b.width && a.height == b.height;
 }
 
-/// Off 1280 x 720 (upright: 720 x 1280), in pixels on each side.
+/// Distance from 1280 x 720 (portrait: 720 x 1280), in pixels per side.
 struct Distance {
   std::int64_t width, height;
   std::int64_t square() const { return width * width + height * height; }
@@ -76,7 +76,7 @@ Distance distance(const camera_res_t& size, bool upright = false) {
           std::abs(std::int64_t{size.height} - (upright ? 1280 : 720))};
 }
 
-/// Whether an application that walks the list would take `a` where it has `b`.
+/// Whether an application walking the list would replace `b` with `a`.
 bool draws_away(const camera_res_t& a, const camera_res_t& b) {
   const bool upright = a.width <= a.height;
   const Distance of_a = distance(a, upright);
@@ -99,7 +99,7 @@ std::vector<Listed> with_rates(const std::vector<CameraMode>& modes) {
         std::any_of(list.begin(), list.end(), [&](const Listed& l) { return same_size(l.size, mode.size); });
     if (!known && !mode.ways.empty()) list.push_back({mode.size, expected_rate(mode) >= full});
   }
-  // By size, and where a size is too slow to be seen moving it comes last.
+  // By size; sizes too slow for smooth motion come last.
   std::stable_sort(list.begin(), list.end(), [&](const Listed& a, const Listed& b) {
     if (a.full_rate != b.full_rate) return a.full_rate;
     return area(a.size) > area(b.size);
@@ -111,10 +111,10 @@ void drop_drawing_away(std::vector<Listed>* list, const camera_res_t& from) {
   std::erase_if(*list, [&](const Listed& l) { return !l.full_rate && draws_away(l.size, from); });
 }
 
-/// Of the entries behind the first: the walk starts from the next one.
+/// Over the entries after the first: the walk starts at the next one.
 constexpr std::ptrdiff_t before_fourth = 2;
 
-/// Makes the fourth entry one that leads to the first, or to another one at full rate, or cuts the list off before it.
+/// Picks a fourth entry that leads to the first, or to another full-rate one; otherwise cuts the list off before it.
 void place_fourth(const camera_res_t& first, std::vector<Listed>* list) {
   const auto gives_way = [&](const Listed& l) { return draws_away(first, l.size); };
   auto fourth = std::find_if(list->begin() + before_fourth, list->end(), gives_way);
@@ -129,7 +129,7 @@ void place_fourth(const camera_res_t& first, std::vector<Listed>* list) {
   }
   if (std::ssize(*list) <= before_fourth) return;
   if (fourth == list->end()) {
-    list->resize(before_fourth);  // all others share a side with 720p, which would keep them in its place
+    list->resize(before_fourth);  // all others share a side with 720p, which would keep the walk there
     return;
   }
   const Listed moved = *fourth;
@@ -180,7 +180,7 @@ const CameraMode* choose_mode(const std::vector<CameraMode>& modes, camera_res_t
   const auto rank = [&](const CameraMode& mode) {
     const bool covers = mode.size.width >= size.width && mode.size.height >= size.height;
     const bool fluent = choose_way(mode, wanted_rate).expected() >= std::min(fluent_rate, wanted_rate * enough);
-    // Of those that cover it the smallest, of the others the largest.
+    // The smallest that covers it, else the largest of the rest.
     return std::array<std::int64_t, 4>{same_size(mode.size, size) ? 0 : 1, fluent ? 0 : 1, covers ? 0 : 1,
                                        covers ? area(mode.size) : -area(mode.size)};
   };

@@ -1,6 +1,6 @@
 #pragma once
 
-// Sizes, formats and rates that a camera delivers, and which of them are taken. Values in, values out.
+// The sizes, formats and rates that a camera delivers, and which of them to use. Values in, values out.
 
 #include <gst/gst.h>
 
@@ -21,7 +21,7 @@ struct FrameRate {
   bool operator==(const FrameRate&) const = default;
 };
 
-/// Rates from slowest to fastest; one rate where both are the same.
+/// Rates from slowest to fastest; a single rate if both are equal.
 struct RateRange {
   FrameRate slowest;
   FrameRate fastest;
@@ -29,11 +29,11 @@ struct RateRange {
 
 /// One way in which a camera delivers pictures of a size.
 struct CameraWay {
-  /// In the order of preference at equal rates.
+  /// In order of preference at equal rates.
   enum class Coding { raw, jpeg, h264, bayer };
   Coding coding = Coding::raw;
-  std::string format;            ///< GStreamer's name of the raw or Bayer format; empty: compressed
-  std::vector<RateRange> rates;  ///< empty: unknown, and not to be asked for
+  std::string format;            ///< GStreamer's name of the raw or Bayer format; empty if compressed
+  std::vector<RateRange> rates;  ///< empty: unknown, do not request one
 };
 
 /// A size that a camera delivers, and how.
@@ -42,21 +42,21 @@ struct CameraMode {
   std::vector<CameraWay> ways;
 };
 
-/// What is installed to make pictures of a camera's data.
+/// Which decoders and converters are installed.
 struct Decoders {
   bool jpeg = true;
   bool h264 = true;
   bool bayer = true;
 };
 
-/// Looks into GStreamer's registry. Any thread.
+/// Queries GStreamer's registry. Any thread.
 Decoders installed_decoders();
 
 /// A way and the rate to request; `way` is null when the mode has none.
 struct ChosenWay {
   const CameraWay* way = nullptr;
   FrameRate rate;     ///< 0/1: do not request one
-  bool exact = true;  ///< the rate is one that is listed, not one within a range
+  bool exact = true;  ///< the rate is listed explicitly, not taken from a range
 
   /// Expected frames per second; 30 if unknown.
   double expected() const { return rate.numerator > 0 ? rate.value() : 30; }
@@ -69,35 +69,34 @@ inline constexpr double usual_rate = 30;
 /// before H.264 before Bayer, then nearest; then faster ones, the slowest first; then slower ones, the fastest first.
 ChosenWay choose_way(const CameraMode& mode, double wanted_rate = usual_rate);
 
-/// Sizes in the order in which a unit lists them: the one nearest to 1280 x 720 that runs at full rate first, the
-/// others by size. A handset's application starts from the fourth entry and takes another one only when that is nearer
-/// to 1280 x 720 on both sides: the order leads it to the first entry. A slow size that would draw it away in any order
-/// is left out.
+/// Sizes in the order in which a unit lists them: first the full-rate size nearest to 1280 x 720, then the others by
+/// size. A handset's application starts from the fourth entry and takes another only if it is nearer to 1280 x 720 on
+/// both sides, so the order leads it to the first entry. A slow size that would win in any order is left out.
 std::vector<camera_res_t> list_sizes(const std::vector<CameraMode>& modes);
 
-/// The mode to film a size with: its own, else the smallest that covers it at full rate, else the nearest.
+/// The mode for filming a size: its own, else the smallest full-rate mode that covers it, else the nearest.
 /// @return null without modes
 const CameraMode* choose_mode(const std::vector<CameraMode>& modes, camera_res_t size, double wanted_rate = usual_rate);
 
-/// Whether there are pictures, and all of them without color.
+/// Whether there are modes, all of them monochrome.
 bool only_grey(const std::vector<CameraMode>& modes);
-/// Leaves out pictures without color.
+/// Drops monochrome modes.
 void drop_grey(std::vector<CameraMode>* modes);
 
-/// Even, and within what the pipeline can take.
+/// Even, and within the pipeline's limits.
 constexpr bool possible_input(camera_res_t size) {
   return size.width % 2 == 0 && size.height % 2 == 0 && size.width >= 16 && size.height >= 16 && size.width <= 8192 &&
          size.height <= 4320;
 }
 
-/// Adds a way to the mode of its size, which is added where it is missing.
+/// Adds a way to the mode of its size, creating the mode if needed.
 void add_way(std::vector<CameraMode>* modes, camera_res_t size, const CameraWay& way);
 
 /// Largest first.
 void sort_modes(std::vector<CameraMode>* modes);
 
-/// Modes in a device's caps, largest first. Sizes that the caps give as ranges are offered at the usual sizes inside.
-/// @param refused  receives the names of formats that cannot be shown; may be null
+/// Modes in a device's caps, largest first. Size ranges are offered as the usual sizes inside them.
+/// @param refused receives the names of formats that cannot be displayed; may be null
 std::vector<CameraMode> camera_modes(const GstCaps* caps, const Decoders& decoders,
                                      std::vector<std::string>* refused = nullptr);
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::chrono::milliseconds question_limit{200};
 
-/// The program that films with a node, as far as this user may see that; empty for none.
+/// The program using a node, as far as this user may see it; empty if none.
 std::string user_of(const std::string& node) {
   const std::vector<std::string> holders = holders_of(node);
   const auto user = std::find_if_not(holders.begin(), holders.end(), is_media_server);

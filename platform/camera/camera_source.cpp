@@ -14,10 +14,10 @@
 namespace handset {
 namespace {
 
-/// For servers that are slow when no camera is known that can be used.
+/// For slow servers, when no usable camera is known.
 constexpr std::chrono::milliseconds further_wait{2000};
 constexpr std::chrono::milliseconds first_wait{1000};
-/// A window does not stand still for longer; it hears of the cameras later.
+/// The longest a window may freeze; it hears about the cameras later.
 constexpr std::chrono::milliseconds window_wait{80};
 /// Grace period for a camera that this process has just closed.
 constexpr std::chrono::milliseconds letting_go{400};
@@ -52,7 +52,7 @@ void save_memory(const std::string& path, const Memory& memory) {
   }
 }
 
-/// Two different cameras are worth remembering; a lone one must not take both places for good. A camera that is away
+/// Two different cameras are worth remembering; a single one must not occupy both places for good. An unplugged camera
 /// keeps its place.
 void remember(const CameraServiceConfig& config, const std::vector<FoundCamera>& cameras, const CameraRoles& roles,
               const Memory& memory) {
@@ -69,7 +69,7 @@ bool is_busy(const std::string& node) {
   return ask_within(question_limit, false, [node] { return node_is_busy(node); });
 }
 
-/// Who films with a camera through its node. PipeWire shares what it films with.
+/// Who films with a camera through its node. PipeWire shares the cameras it uses.
 struct Use {
   bool used = false;
   bool shared = false;
@@ -88,7 +88,7 @@ Use use_of(const FoundCamera& camera) {
   while (is_busy(camera.node)) {
     const std::vector<std::string> holders = holders_of(camera.node);
     if (!holders.empty() || std::chrono::steady_clock::now() > end) return judge_holders(camera, holders);
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // this program itself may be about to let go
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // this program may be about to release it
   }
   return {};
 }
@@ -103,7 +103,7 @@ Objection objection_to(const FoundCamera& camera) {
   return past_failure(camera);
 }
 
-/// @param ask  the node may be asked, which takes its time
+/// @param ask whether to query the node, which is slow
 void use_camera(FoundCamera camera, bool ask, Source* source) {
   if (ask && use_of(camera).shared) {
     camera.direct = false;
@@ -136,7 +136,7 @@ int resolve_named(const std::vector<FoundCamera>& cameras, const std::string& na
   return 0;
 }
 
-/// What a role comes to among the cameras that there are.
+/// The outcome for a role given the cameras present.
 struct RoleChoice {
   CameraRoles roles;
   CameraChoice choice;
@@ -181,7 +181,7 @@ int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const 
   if (!cameras.empty()) return resolve_role(config, unit, cameras, source);
   std::fputs("no camera found, filming the built-in scene\n", stderr);
   use_scene(source);
-  // The size that is remembered is an index: the first entry is right for every camera that may come later.
+  // The remembered size is an index; the first entry suits every camera that may come later.
   const auto is_720p = [](const camera_res_t& size) { return size.width == 1280 && size.height == 720; };
   std::stable_partition(source->sizes.begin(), source->sizes.end(), is_720p);
   source->stands_in = true;

@@ -8,11 +8,11 @@
 namespace handset {
 namespace {
 
-/// How long a start waits for the same device to be let go of.
+/// How long a start waits for the same device to be released.
 constexpr std::chrono::seconds release_patience{4};
 constexpr std::chrono::milliseconds turn{20};
 
-/// Devices that a capture of this process holds, by name.
+/// Devices held by a capture of this process, by name.
 struct HeldDevices {
   std::mutex mutex;
   std::condition_variable changed;
@@ -20,11 +20,11 @@ struct HeldDevices {
 };
 
 HeldDevices& held_devices() {
-  static HeldDevices* const held = new HeldDevices;  // never destroyed: threads that were left behind use it at exit
+  static HeldDevices* const held = new HeldDevices;  // never destroyed: abandoned threads use it at exit
   return *held;
 }
 
-/// Holds a device as long as it lives.
+/// Holds a device for its own lifetime.
 class Hold {
  public:
   explicit Hold(std::multiset<std::string>::iterator entry) : entry_(entry) {}
@@ -41,7 +41,7 @@ class Hold {
   const std::multiset<std::string>::iterator entry_;
 };
 
-/// Waits a bounded time for whoever holds a device. @return null when that was not enough
+/// Waits a bounded time for the current holder of a device. @return null on timeout
 std::shared_ptr<Hold> hold_device(const std::string& name) {
   HeldDevices& held = held_devices();
   std::unique_lock lock(held.mutex);
@@ -62,7 +62,7 @@ CaptureStart::CaptureStart(Capture::Setup setup, Capture::Deliver deliver) {
     if (device.empty() || setup.hold) {
       capture = Capture::start(std::move(setup), std::move(deliver), &error);
     } else {
-      error = "the device does not answer";  // another try would only hang beside the first one
+      error = "the device does not answer";  // another try would only hang beside the first
     }
     const std::lock_guard lock(state->mutex);
     state->through = true;
@@ -103,7 +103,7 @@ void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::millisec
   const auto done = std::make_shared<Done>();
   std::thread([capture = capture, done]() mutable {
     capture->stop();
-    capture.reset();  // what the source has open is closed before anybody goes on
+    capture.reset();  // close whatever the source has open before anybody continues
     const std::lock_guard lock(done->mutex);
     done->done = true;
     done->changed.notify_all();

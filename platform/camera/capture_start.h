@@ -11,21 +11,21 @@
 
 namespace handset {
 
-/// Starts a capture on a thread of its own, since a device may hold a start up for half a minute. A start that nobody
-/// waits for any more is undone by that thread.
+/// Starts a capture on its own thread, since a device may block a start for half a minute. That thread undoes a start
+/// that nobody waits for any more.
 class CaptureStart {
  public:
-  /// A capture of the same device that is still being stopped is waited for first; one that does not let go of it for
-  /// seconds makes the start fail.
+  /// First waits for a capture of the same device that is still stopping; fails if it does not release the device
+  /// within seconds.
   CaptureStart(Capture::Setup setup, Capture::Deliver deliver);
   CaptureStart(const CaptureStart&) = delete;
   CaptureStart& operator=(const CaptureStart&) = delete;
-  /// Abandons a start that is not through.
+  /// Abandons an unfinished start.
   ~CaptureStart();
 
-  /// Waits until the start is through. @return false at the end of the time
+  /// Waits for the start to finish. @return false on timeout
   bool wait(std::chrono::milliseconds limit);
-  /// The started capture, once; null with the reason when it has failed.
+  /// The started capture, once; null with the reason if it failed.
   std::shared_ptr<Capture> take(std::string* error);
 
  private:
@@ -40,8 +40,8 @@ class CaptureStart {
   const std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-/// Stops a capture, on a thread that is left behind when the device takes longer than `patience`.
-/// @param hurry  ends the waiting when it becomes true; may be null
+/// Stops a capture on a thread that is abandoned if the device takes longer than `patience`.
+/// @param hurry ends the wait when it becomes true; may be null
 void stop_capture(const std::shared_ptr<Capture>& capture, std::chrono::milliseconds patience,
                   const std::atomic<bool>* hurry = nullptr);
 

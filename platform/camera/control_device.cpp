@@ -25,7 +25,7 @@ constexpr std::chrono::milliseconds lock_turn{50};
 constexpr int most_entries = 256;   ///< of a menu
 constexpr int most_entities = 256;  ///< of a media device
 
-/// In the order in which they are set: who governs comes first.
+/// In the order in which they are set: governors first.
 constexpr std::uint32_t wanted_controls[] = {
     V4L2_CID_SCENE_MODE,
     V4L2_CID_EXPOSURE_AUTO,
@@ -58,7 +58,7 @@ class NodeDevice : public ControlDevice {
     }
   }
 
-  /// One program at a time has a camera's controls in its hands.
+  /// One program at a time owns a camera's controls.
   bool lock(const std::atomic<bool>& cancelled) const {
     const auto end = std::chrono::steady_clock::now() + lock_patience;
     while (flock(fd_, LOCK_EX | LOCK_NB) != 0) {
@@ -82,7 +82,7 @@ std::string sysfs_of(std::uint64_t device) {
   return "/sys/dev/char/" + std::to_string(major(device)) + ":" + std::to_string(minor(device));
 }
 
-/// The media device that a video node belongs to, as a path in /dev; empty for none.
+/// Path in /dev of the media device that a video node belongs to; empty if none.
 std::string media_node_of(const std::string& video_node) {
   struct stat node {};
   if (stat(video_node.c_str(), &node) != 0) return {};
@@ -127,7 +127,7 @@ std::vector<DeviceControl::Entry> list_entries(ControlDevice& device, const v4l2
   return entries;
 }
 
-/// @return whether the device has the control and it is ours to set
+/// @return whether the device has the control and lets us set it
 bool read_control(ControlDevice& device, std::uint32_t id, DeviceControl* control) {
   v4l2_query_ext_ctrl query{};
   query.id = id;
@@ -145,7 +145,7 @@ bool read_control(ControlDevice& device, std::uint32_t id, DeviceControl* contro
   if (inactive && governor_of(id) == 0) return false;
   if (control->button) return true;
   if (is_menu(query.type)) control->entries = list_entries(device, query);
-  return get_control(device, id, &control->value) == 0;  // else it could not be put back
+  return get_control(device, id, &control->value) == 0;  // else it could not be restored
 }
 
 }  // namespace
@@ -219,7 +219,7 @@ bool governs(std::uint32_t governor, std::int32_t value) {
 bool settable_now(ControlDevice& device, std::uint32_t id) {
   v4l2_query_ext_ctrl query{};
   query.id = id;
-  if (device.call(VIDIOC_QUERY_EXT_CTRL, &query) != 0) return true;  // setting it says why
+  if (device.call(VIDIOC_QUERY_EXT_CTRL, &query) != 0) return true;  // setting it will tell
   return (query.flags & (V4L2_CTRL_FLAG_INACTIVE | V4L2_CTRL_FLAG_GRABBED | V4L2_CTRL_FLAG_READ_ONLY)) == 0;
 }
 

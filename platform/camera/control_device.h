@@ -1,6 +1,6 @@
 #pragma once
 
-// A camera's V4L2 controls as the kernel offers them.
+// A camera's V4L2 controls as the kernel presents them.
 
 #include <atomic>
 #include <cstddef>
@@ -11,29 +11,29 @@
 
 namespace handset {
 
-/// A device node that is asked with ioctl(2). Tests bring devices of their own.
+/// A device node queried with ioctl(2). Tests supply their own devices.
 class ControlDevice {
  public:
   virtual ~ControlDevice() = default;
-  /// May take hundreds of milliseconds: a webcam is asked over its cable.
+  /// May take hundreds of milliseconds: a webcam answers over USB.
   /// @return 0 or an errno value
   virtual int call(unsigned long request, void* argument) = 0;
 };
 
 using ControlDevices = std::vector<std::unique_ptr<ControlDevice>>;
 
-/// Opens what holds a camera's controls: its node, and the flash of its media device where there is one. Works beside
-/// whoever streams from the camera. A node whose controls another of our programs has in its hands is waited for, up to
-/// three seconds; `cancelled` ends the wait.
+/// Opens the holders of a camera's controls: its node, and its media device's flash if there is one. Works alongside
+/// whoever streams from the camera. Waits up to three seconds for a node whose controls another of our programs owns;
+/// `cancelled` ends the wait.
 /// @param node  "/dev/videoN"
-/// @return empty when the node cannot be opened or is not given up
+/// @return empty if the node cannot be opened or is not released
 ControlDevices open_control_devices(const std::string& node, const std::atomic<bool>& cancelled);
 
 /// Device number of the first flash among a media device's entities.
-/// @return 0 when there is none
+/// @return 0 if none
 std::uint64_t flash_of(ControlDevice& media);
 
-/// One control that can be read and set, or a button.
+/// A control that can be read and set, or a button.
 struct DeviceControl {
   struct Entry {
     std::int32_t index;
@@ -45,26 +45,26 @@ struct DeviceControl {
   std::int64_t minimum = 0;
   std::int64_t maximum = 0;
   std::int64_t step = 1;
-  std::int32_t value = 0;      ///< as it was found; 0 for a button
-  bool button = false;         ///< acts when it is set
+  std::int32_t value = 0;      ///< the original value; 0 for a button
+  bool button = false;         ///< acts when set
   bool integer_menu = false;   ///< an index into `entries`
-  std::vector<Entry> entries;  ///< of a menu: those that can be chosen
+  std::vector<Entry> entries;  ///< the menu entries that can be chosen
 
   bool has_entry(std::int32_t index) const;
-  /// The settable value that is nearest to `wanted` and not above it, but the minimum at least.
+  /// The largest settable value not above `wanted`, but at least the minimum.
   std::int32_t at_most(double wanted) const;
 };
 
-/// The controls that scene modes, light, focus and zoom are made of, as far as the devices have them and let them be
-/// read and set; each one that governs others stands before these.
+/// The controls behind scene modes, light, focus and zoom, as far as the devices have them and let them be read and
+/// set; governors precede what they govern.
 std::vector<DeviceControl> list_controls(const ControlDevices& devices);
 
-/// The control that may take `id` into the camera's own hands; 0 for none.
+/// The control that may put `id` under the camera's own control; 0 if none.
 std::uint32_t governor_of(std::uint32_t id);
 /// Whether a governor does so at this value.
 bool governs(std::uint32_t governor, std::int32_t value);
 
-/// Whether a control may be set now: neither governed nor grabbed.
+/// Whether a control can be set now: neither governed nor grabbed.
 bool settable_now(ControlDevice& device, std::uint32_t id);
 
 /// @return 0 or an errno value

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char header[] = "camera controls 1";
 
-/// FNV-1a of 64 bits, in hexadecimal: a file name that stays the same across builds.
+/// 64-bit FNV-1a in hexadecimal: a file name that is stable across builds.
 std::string hash_of(const std::string& text) {
   std::uint64_t hash = 0xCBF29CE484222325U;
   for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
@@ -79,7 +79,7 @@ void ControlJournal::save(const std::vector<ControlSetting>& settings) const {
   std::filesystem::create_directories(folder_, ignored);
   const std::string fresh = path_ + ".new";
   if (write_through(fresh, text)) std::filesystem::rename(fresh, path_, ignored);
-  std::filesystem::remove(fresh, ignored);  // where that went wrong
+  std::filesystem::remove(fresh, ignored);  // if that failed
   sync_folder(folder_);
 }
 

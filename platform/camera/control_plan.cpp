@@ -25,7 +25,7 @@ bool has_entry(const Controls& controls, std::uint32_t id, std::int32_t index) {
   return menu != nullptr && menu->has_entry(index);
 }
 
-/// Adds a setting for a control that the device has.
+/// Adds a setting for a control if the device has it.
 void set(const Controls& controls, std::uint32_t id, std::int32_t value, std::vector<ControlSetting>* settings) {
   if (has(controls, id)) settings->push_back({id, value});
 }
@@ -52,7 +52,7 @@ struct SceneRule {
   std::uint32_t id;
   Kind kind;
   std::int32_t value;
-  std::uint32_t instead_of = 0;  ///< only where the device does not have this one
+  std::uint32_t instead_of = 0;  ///< only if the device lacks this one
 };
 
 constexpr SceneRule scene_rules[] = {
@@ -66,7 +66,7 @@ constexpr SceneRule scene_rules[] = {
     {CAMERA_SCENE_ACTION, V4L2_CID_GAIN, SceneRule::Kind::at_least_percent, 50},
 };
 
-/// The value nearest to a bias in thousandths of a stop, of the same sign; empty when the control has none.
+/// The value nearest to a bias in thousandths of a stop, of the same sign; empty if the control has none.
 std::optional<std::int32_t> bias_value(const DeviceControl& control, std::int32_t wanted) {
   if (!control.integer_menu) {
     const std::int32_t value = control.at_most(wanted);
@@ -96,7 +96,7 @@ std::optional<std::int32_t> rule_value(const DeviceControl& control, const Scene
   return std::nullopt;
 }
 
-/// Automatic exposure, which the rules for exposure count on; nothing where it is on.
+/// Automatic exposure, which the exposure rules rely on; nothing if it is already on.
 void set_automatic_exposure(const Controls& controls, std::vector<ControlSetting>* settings) {
   const DeviceControl* exposure = find(controls, V4L2_CID_EXPOSURE_AUTO);
   if (exposure == nullptr || governs(exposure->id, exposure->value)) return;
@@ -133,8 +133,8 @@ std::vector<ControlSetting> scene_settings(const Controls& controls, camera_scen
 // --- focus and light --------------------------------------------------------------------------
 
 /// V4L2 counts V4L2_CID_FOCUS_ABSOLUTE towards the camera: "positive values set the focus closer to the camera,
-/// negative values towards infinity". USB Video Class means millimeters there, the other way round, but webcams hold to
-/// the former: 0 is infinity.
+/// negative values towards infinity". USB Video Class defines it the other way round, in millimeters, but webcams
+/// follow V4L2: 0 is infinity.
 void set_macro(const Controls& controls, std::vector<ControlSetting>* settings) {
   const DeviceControl* distance = find(controls, V4L2_CID_FOCUS_ABSOLUTE);
   set(controls, V4L2_CID_FOCUS_AUTO, distance != nullptr ? 0 : 1, settings);
@@ -221,7 +221,7 @@ ZoomShare share_zoom(const DeviceControl& zoom, double magnification) {
   const double low = static_cast<double>(zoom.minimum);
   const double range = static_cast<double>(zoom.maximum - zoom.minimum);
   if (range <= 0) return {zoom.value, magnification};
-  // How far the value goes up for a magnification of one more.
+  // How much the value rises per unit of magnification.
   const double unit = zoom.minimum > 0 ? low : range / (magnification_of(zoom_maximum) - 1);
   const std::int32_t value = zoom.at_most(low + (magnification - 1) * unit);
   return {value, std::max(1.0, magnification / (1 + (value - low) / unit))};

@@ -6,7 +6,7 @@
 namespace handset {
 namespace {
 
-/// The device is there and will not take this value another time either.
+/// The device is there but will never accept this value.
 bool refused_for_good(int error) {
   return error == EINVAL || error == ERANGE || error == EACCES || error == EPERM || error == ENOTTY;
 }
@@ -23,7 +23,7 @@ std::shared_ptr<DeviceControls> DeviceControls::start(Setup setup) {
   return controls;
 }
 
-/// The thread shares in owning the object, so it has ended, or this is its last step.
+/// The thread shares ownership of the object, so it has ended, or this is its last step.
 DeviceControls::~DeviceControls() {
   if (thread_.get_id() == std::this_thread::get_id()) {
     thread_.detach();
@@ -67,7 +67,7 @@ void DeviceControls::release() {
 
 bool DeviceControls::wait_released(std::chrono::milliseconds limit) {
   std::unique_lock lock(mutex_);
-  if (thread_.get_id() == std::this_thread::get_id()) return released_;  // whoever it told closes the camera
+  if (thread_.get_id() == std::this_thread::get_id()) return released_;  // its listener is closing the camera
   return woken_.wait_for(lock, limit, [this] { return released_; });
 }
 
@@ -94,7 +94,7 @@ void DeviceControls::run() {
   woken_.notify_all();
 }
 
-/// Finds out what there is, and puts back what a crash has left changed.
+/// Finds out what is available, and restores what a crash left changed.
 void DeviceControls::take_over() {
   devices_ = setup_.open(releasing_);
   controls_ = list_controls(devices_);
@@ -109,11 +109,11 @@ void DeviceControls::take_over() {
   publish();
 }
 
-/// Says what can be used from now on.
+/// Announces what is usable from now on.
 void DeviceControls::publish() {
   std::vector<DeviceControl> usable;
   for (const DeviceControl& control : controls_) {
-    // What is governed by one that refuses stays so.
+    // Whatever a refusing control governs stays governed.
     const auto governor = states_.find(governor_of(control.id));
     const bool stuck = governor != states_.end() && governor->second.refused && is_governed(control);
     if (!states_[control.id].refused && !stuck) usable.push_back(control);
@@ -126,7 +126,7 @@ void DeviceControls::publish() {
   if (!releasing_) setup_.changed();
 }
 
-/// Writes what differs from the plan, until there are newer wishes.
+/// Writes the differences from the plan until newer wishes arrive.
 void DeviceControls::apply(const ControlPlan& plan) {
   bool refused = false;
   for (const DeviceControl& control : controls_) {
@@ -139,7 +139,7 @@ void DeviceControls::apply(const ControlPlan& plan) {
   if (refused) publish();
 }
 
-/// @return whether the control has to be set, and to what
+/// @return whether the control must be set, and to what
 bool DeviceControls::wanted(const DeviceControl& control, const ControlPlan& plan, std::int32_t* value) const {
   const State& state = states_.at(control.id);
   const auto planned = std::find_if(plan.settings.begin(), plan.settings.end(),
@@ -149,7 +149,8 @@ bool DeviceControls::wanted(const DeviceControl& control, const ControlPlan& pla
   return (in_plan || state.touched) && !state.refused && state.current != *value && !is_governed(control);
 }
 
-/// Remembers, before it is changed, how a control was found; and what it governs, unless it did so when it was found.
+/// Before a control is changed, records its original value and those of what it governs, unless it governed them
+/// originally.
 void DeviceControls::touch(const DeviceControl& changing) {
   bool more = false;
   const auto remember = [&](const DeviceControl& control) {
@@ -164,17 +165,17 @@ void DeviceControls::touch(const DeviceControl& changing) {
   if (more) save_journal();
 }
 
-/// @return false when the control has refused, and will not be used any more
+/// @return false if the control has refused and will not be used again
 bool DeviceControls::change(const DeviceControl& control, std::int32_t value) {
   if (settable_now(*devices_[control.device], control.id) && write(control, value) == 0) return true;
   states_[control.id].refused = true;
   return false;
 }
 
-/// Sets what was touched to the values that were found, who governs first. What the device has no ear for now stays in
-/// the journal.
+/// Restores the original values of what was touched, governors first. What the device will not accept now stays in the
+/// journal.
 void DeviceControls::put_back() {
-  if (controls_.empty()) return;  // what a journal holds is for another time
+  if (controls_.empty()) return;  // a journal's content is for another time
   for (const DeviceControl& control : controls_) {
     State& state = states_[control.id];
     if (!state.touched) continue;
@@ -206,7 +207,7 @@ void DeviceControls::save_journal() const {
   journal_.save(found);
 }
 
-/// Whether the camera has it in its own hands.
+/// Whether the camera controls it by itself.
 bool DeviceControls::is_governed(const DeviceControl& control) const {
   const auto governor = states_.find(governor_of(control.id));
   return governor != states_.end() && governor->second.current && governs(governor->first, *governor->second.current);

@@ -18,12 +18,11 @@
 
 namespace handset {
 
-/// The controls of one camera while it is in use. A thread of its own opens the device, writes to it and puts back
-/// what it changed; nobody else waits for the device. Of wishes that come faster than the device takes them, the newest
-/// count.
+/// The controls of one camera while it is in use. A dedicated thread opens the device, writes to it and restores what
+/// it changed; nobody else waits for the device. If wishes come faster than the device takes them, the newest wins.
 ///
-/// Failures are not reported, they take effect: a control that cannot be read, or refuses to be set, is not there. Its
-/// work falls back to the picture.
+/// Failures are not reported: a control that cannot be read, or refuses to be set, counts as absent, and its work falls
+/// back to the picture.
 class DeviceControls : public std::enable_shared_from_this<DeviceControls> {
  public:
   using Open = std::function<ControlDevices(const std::atomic<bool>& cancelled)>;
@@ -31,37 +30,37 @@ class DeviceControls : public std::enable_shared_from_this<DeviceControls> {
     std::string identity;        ///< the camera's
     std::string journal_folder;  ///< empty: no journal
     Open open;                   ///< runs on the thread
-    /// What the device can do has become known, or less: wishes want to be shared out anew. On the thread, with no
-    /// lock held.
+    /// The device's abilities have become known or have shrunk: share the wishes out again. Called on the thread, with
+    /// no lock held.
     std::function<void()> changed;
   };
 
-  /// Returns at once. What a crash has left changed is put back before anything else.
+  /// Returns at once. First restores what a crash left changed.
   static std::shared_ptr<DeviceControls> start(Setup setup);
   ~DeviceControls();
 
-  /// Brings the device to what the wishes ask for. Any thread; returns at once.
-  /// @return the plan, with what is left for the picture
+  /// Makes the device follow the wishes. Any thread; returns at once.
+  /// @return the plan, including what is left for the picture
   ControlPlan ask(const CameraWishes& wishes);
 
-  /// What the device can do, as far as is known by now. Any thread.
+  /// What the device can do, as far as is known yet. Any thread.
   bool known() const;
   bool can_focus() const;
   bool can_focus(camera_focusmode_t mode) const;
   bool has_lamp() const;
 
-  /// Puts the controls back as they were found and lets go of the device, on the thread. Any thread; returns at once.
+  /// Restores the controls and releases the device, on the thread. Any thread; returns at once.
   void release();
-  /// @return whether that is done; false: it goes on by itself
+  /// @return whether that is done; if false it continues on its own
   bool wait_released(std::chrono::milliseconds limit);
 
  private:
   explicit DeviceControls(Setup setup);
 
-  /// What the thread knows of a control beside its description.
+  /// What the thread knows about a control besides its description.
   struct State {
     std::optional<std::int32_t> current;  ///< empty: the device may have changed it
-    bool touched = false;                 ///< has to be put back
+    bool touched = false;                 ///< must be restored
     bool refused = false;
   };
 
@@ -82,17 +81,17 @@ class DeviceControls : public std::enable_shared_from_this<DeviceControls> {
   const ControlJournal journal_;
   std::atomic<bool> releasing_{false};
 
-  // The thread's own.
+  // Used by the thread only.
   ControlDevices devices_;
   std::vector<DeviceControl> controls_;
-  std::map<std::uint32_t, State> states_;  ///< of every control
+  std::map<std::uint32_t, State> states_;  ///< of all controls
 
-  mutable std::mutex mutex_;  ///< guards what follows; never held while the device is asked
+  mutable std::mutex mutex_;  ///< guards what follows; never held while the device is queried
   std::condition_variable woken_;
   std::vector<DeviceControl> usable_;
   bool known_ = false;
   bool released_ = false;
-  std::optional<CameraWishes> wishes_;  ///< not looked at yet
+  std::optional<CameraWishes> wishes_;  ///< not processed yet
   std::thread thread_;
 };
 

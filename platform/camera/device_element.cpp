@@ -3,7 +3,7 @@
 namespace handset {
 namespace {
 
-/// What turns a camera's data into raw pictures.
+/// Converts a camera's data into raw pictures.
 const char* decoder_of(CameraWay::Coding coding) {
   switch (coding) {
     case CameraWay::Coding::raw:
@@ -22,7 +22,7 @@ const char* decoder_of(CameraWay::Coding coding) {
 ElementPtr make_head(const FoundCamera& camera, bool through_node) {
   if (through_node) {
     GstElement* element = gst_element_factory_make("v4l2src", "device");
-    // Its pictures bear the kernel's times, when they were taken: those of their arrival would jitter.
+    // Its pictures carry the kernel's capture times; arrival times would jitter.
     if (element != nullptr) g_object_set(element, "device", camera.node.c_str(), nullptr);
     return ElementPtr::adopt(element);
   }
@@ -70,7 +70,7 @@ std::string caps_of(const ChosenWay& choice, camera_res_t size) {
   const FrameRate& rate = choice.rate;
   const std::string exact = fraction(rate.numerator, rate.denominator);
   if (choice.exact) return caps + ",framerate=" + exact;
-  // As fine as is possible without leaving the range of an int.
+  // As fine as possible within the range of an int.
   const std::string least = rate.numerator < 100'000'000 && rate.denominator < 100'000'000
                                 ? fraction(rate.numerator * 19, rate.denominator * 20)
                                 : exact;
@@ -88,7 +88,7 @@ ElementPtr make_device_element(const FoundCamera& camera, int way, camera_res_t 
     return {};
   }
   const ChosenWay choice = choose_way(*mode, frame_rate);
-  // A driver that does not say the shape of its pixels would be given the oddest one that the pipeline can do.
+  // If a driver does not state the pixel aspect ratio, it would get the oddest one the pipeline can handle.
   const std::string caps = caps_of(choice, mode->size);
   const ElementPtr tail = parse_bin(
       "capsfilter caps=\"" + caps + ",pixel-aspect-ratio=1/1;" + caps + "\"" + decoder_of(choice.way->coding), error);

@@ -23,7 +23,7 @@ std::vector<FoundCamera> find_cameras(std::chrono::milliseconds limit, bool* ans
   gst_init(nullptr, nullptr);
   const auto end = std::chrono::steady_clock::now() + limit;
   bool heard = false;
-  device_views(std::chrono::milliseconds(0), &heard);  // starts the servers, which think while the nodes are asked
+  device_views(std::chrono::milliseconds(0), &heard);  // starts the servers, which work while the nodes are queried
   const std::vector<V4l2Answers> nodes = ask_all_nodes(limit);
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
   const std::vector<DeviceView> views = device_views(std::max(left, std::chrono::milliseconds(0)), &heard);
@@ -34,7 +34,7 @@ std::vector<FoundCamera> find_cameras(std::chrono::milliseconds limit, bool* ans
 bool is_called(const FoundCamera& camera, const std::string& remembered) {
   if (remembered.empty()) return false;
   if (std::find(camera.former.begin(), camera.former.end(), remembered) != camera.former.end()) return true;
-  // With a twin at another socket the socket is part of the name, without it is not.
+  // The socket is part of the name only if there is a twin at another socket.
   const std::string& shorter = remembered.size() < camera.identity.size() ? remembered : camera.identity;
   const std::string& longer = remembered.size() < camera.identity.size() ? camera.identity : remembered;
   return longer == shorter || (shorter.find('@') != std::string::npos && longer.starts_with(shorter + "@"));

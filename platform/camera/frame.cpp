@@ -5,12 +5,12 @@
 namespace handset {
 namespace {
 
-/// Bytes from a plane's first sample to the picture's; both planes of NV12 have a byte for every column.
+/// Bytes from a plane's first sample to the picture's; both NV12 planes have one byte per column.
 gsize way_to_picture(const Frame& frame, int plane, int stride) {
   return static_cast<gsize>(frame.top >> plane) * static_cast<gsize>(stride) + static_cast<gsize>(frame.left);
 }
 
-/// Keeps a frame's buffer whole and mapped while others use its bytes.
+/// Keeps a frame's buffer alive and mapped while others use its bytes.
 struct HeldBytes {
   BufferPtr buffer;
   GstMapInfo map;
@@ -51,8 +51,8 @@ bool map_frame(const Frame& frame, GstMapFlags flags, GstVideoFrame* mapped) {
 BufferPtr wrap_picture(const Frame& frame) {
   auto held = std::make_unique<HeldBytes>(HeldBytes{frame.buffer.share(), {}});
   if (!gst_buffer_map(held->buffer.get(), &held->map, GST_MAP_READ)) return {};
-  // Memory of its own: a pool does not take a buffer back whose memory somebody shares, and would make a new one for
-  // every frame.
+  // Separate memory: a pool does not take back a buffer whose memory is shared, and would allocate a new one for every
+  // frame.
   handed_over(held.get());
   const gsize size = held->map.size;
   std::uint8_t* const bytes = held->map.data;

@@ -28,7 +28,7 @@ camera_buffer_t describe_frame(const GstVideoFrame& mapped, std::int64_t timesta
 
 namespace {
 
-/// Over all exchanges, so that a descriptor of an earlier one never fits a later one's pair.
+/// Shared by all exchanges, so that a descriptor of an earlier one never matches a later one's pair.
 std::atomic<std::uint64_t> next_pair = 1;
 
 }  // namespace
@@ -54,7 +54,7 @@ void FrameExchange::offer(Frame frame) {
 
 /// Hands an unedited frame to the consumers; leaves the lock held.
 void FrameExchange::publish_as_is(std::unique_lock<std::mutex>& lock, const Frame& frame) {
-  // A pair of an earlier key that is still out would come after this frame.
+  // A pair of an earlier key that is still out would arrive after this frame.
   if (state_ != State::idle) {
     ++replaced_;
     return;
@@ -75,7 +75,7 @@ void FrameExchange::announce(std::unique_lock<std::mutex>& lock, Frame frame) {
   pair_ = next_pair++;
   const pulse_event_t event = event_;
   lock.unlock();
-  // A receiver that is gone disarms its key or closes the camera; until then frames only replace each other.
+  // If the receiver is gone, it disarms its key or closes the camera; until then frames only replace each other.
   MsgDeliverEvent(event);
 }
 
@@ -89,7 +89,7 @@ int FrameExchange::enable(camera_eventmode_t mode, camera_eventkey_t* key, const
   if (mode != CAMERA_EVENTMODE_READWRITE || event.notify != notify_pulse) return EINVAL;
   std::unique_lock lock(mutex_);
   if (armed_) return EBUSY;
-  // After this call no unedited frame reaches a consumer, also not one that is on its way.
+  // After this call no unedited frame reaches a consumer, not even one already on its way.
   changed_.wait(lock, [this] { return shut_ || state_ != State::publishing; });
   if (shut_) return EIO;
   armed_ = true;

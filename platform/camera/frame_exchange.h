@@ -16,23 +16,23 @@ camera_buffer_t describe_frame(const GstVideoFrame& mapped, std::int64_t timesta
 
 /// Hands frames from the streaming thread to whoever edits them, and on to the consumers.
 ///
-/// One frame pair is in flight at a time. While it is announced or out, a paced exchange keeps the
-/// newest frame waiting and counts each one that it replaces; an unpaced one makes the streaming
-/// thread wait instead. Without an armed event frames go to the consumers as they are.
+/// One frame pair is in flight at a time. While it is announced or out, a paced exchange keeps the newest frame waiting
+/// and counts each one it replaces; an unpaced one blocks the streaming thread instead. Without an armed event, frames
+/// go to the consumers unchanged.
 class FrameExchange {
  public:
   enum class Pace { drop, wait };
-  /// Gets each finished frame, in order, without a lock held: on the thread that returned it, or on
-  /// the streaming thread when no event is armed. Must not allocate or block.
+  /// Gets each finished frame, in order, with no lock held: on the thread that returned it, or on the streaming thread
+  /// if no event is armed. Must not allocate or block.
   using Publish = std::function<void(const Frame&)>;
 
   FrameExchange(Pace pace, Publish publish);
 
-  /// Takes a frame from the source. Streaming thread. An unpaced exchange returns when the frame is
-  /// announced, or at once after shut().
+  /// Takes a frame from the source. Streaming thread. An unpaced exchange returns once the frame is announced, or at
+  /// once after shut().
   void offer(Frame frame);
 
-  /// Whether consumers want frames; an unpaced exchange announces none before. Any thread.
+  /// Whether consumers want frames; an unpaced exchange announces none until they do. Any thread.
   void set_wanted(bool wanted);
 
   // The frame events of camera.h. Any thread; results as there.
@@ -41,14 +41,14 @@ class FrameExchange {
   int fetch(camera_eventkey_t key, camera_buffer_t* input, camera_buffer_t* output);
   int give_back(const camera_buffer_t& buffer);
 
-  /// No more frames: what waits is dropped, a blocked offer() returns, later ones do nothing.
+  /// No more frames: drops what is waiting, unblocks offer(), makes later calls no-ops.
   void shut();
-  /// Waits until no pair is announced or out. @return false at the end of the time
+  /// Waits until no pair is announced or out. @return false on timeout
   bool wait_idle(std::chrono::milliseconds limit);
 
-  /// Counts the threads that say they use the camera. @return EINVAL when more leave than came
+  /// Counts the threads that declare use of the camera. @return EINVAL if more leave than came
   int add_user(int count);
-  /// Waits until no pair is out and no user is left. @return false at the end of the time
+  /// Waits until no pair is out and no user is left. @return false on timeout
   bool wait_unused(std::chrono::milliseconds limit);
 
   std::uint64_t arrived() const;   ///< frames that the source delivered
@@ -65,8 +65,8 @@ class FrameExchange {
   const Pace pace_;
   const Publish publish_;
 
-  /// Guards everything below. Held for bookkeeping and for mapping a frame; never while a pulse is
-  /// sent or a frame is published.
+  /// Guards everything below. Held for bookkeeping and for mapping a frame; never while sending a pulse or publishing a
+  /// frame.
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   State state_ = State::idle;
@@ -74,7 +74,7 @@ class FrameExchange {
   Frame waiting_;
   GstVideoFrame mapped_{};
   std::uint64_t pair_ = 0;
-  std::uint32_t roles_back_ = 0;  ///< bit per descriptor that has been returned
+  std::uint32_t roles_back_ = 0;  ///< one bit per returned descriptor
   bool armed_ = false;
   bool wanted_ = false;
   int users_ = 0;

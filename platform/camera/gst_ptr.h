@@ -81,7 +81,7 @@ using CapsPtr = MiniPtr<GstCaps>;
 using SamplePtr = MiniPtr<GstSample>;
 using MessagePtr = MiniPtr<GstMessage>;
 
-/// Replaces the caps event that a pad probe is looking at by one with other caps. Streaming thread.
+/// In a pad probe, replaces the caps event with one for other caps. Streaming thread.
 inline void replace_caps_event(GstPadProbeInfo* info, const CapsPtr& caps) {
   gst_event_unref(gst_pad_probe_info_get_event(info));
   GST_PAD_PROBE_INFO_DATA(info) = gst_event_new_caps(caps.get());
