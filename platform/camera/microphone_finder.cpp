@@ -21,7 +21,7 @@ struct Offer {
   ObjectPtr<GstDevice> device;
 };
 
-/// ALSA complains at length on the error stream about a machine without sound cards; it is not asked there.
+/// ALSA prints pages of errors on a machine without sound cards, so do not ask it there.
 bool has_alsa_capture() {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator("/dev/snd", error)) {
@@ -35,7 +35,7 @@ bool has_property(GstElement* element, const char* name) {
   return g_object_class_find_property(G_OBJECT_GET_CLASS(element), name) != nullptr;
 }
 
-/// A device's element that can be recorded from, or null.
+/// A device's recordable element, or null.
 ElementPtr element_of(GstDevice* device) {
   ElementPtr element = ElementPtr::adopt(gst_device_create_element(device, nullptr));
   if (!element || !has_property(element.get(), "device")) return {};
@@ -43,7 +43,7 @@ ElementPtr element_of(GstDevice* device) {
   return element;
 }
 
-/// ALSA's "hw:1,0" counts cards in the order of their discovery; "hw:CARD=id,DEV=0" is the same one at every start.
+/// ALSA's "hw:1,0" counts cards in order of discovery; "hw:CARD=id,DEV=0" survives a restart.
 std::string lasting_name(const std::string& device) {
   int card = 0;
   int number = 0;
@@ -75,7 +75,7 @@ Offer describe(ObjectPtr<GstDevice> device) {
   return offer;
 }
 
-/// Sources of one provider. It is asked without being started: a list that it keeps goes stale with its server.
+/// Sources of one provider. It is queried without being started: the list it keeps goes stale with its server.
 std::vector<Offer> offers_of(const char* provider_name) {
   std::vector<Offer> offers;
   const auto provider = ObjectPtr<GstDeviceProvider>::adopt(gst_device_provider_factory_get_by_name(provider_name));
@@ -95,8 +95,8 @@ std::vector<Offer> offers_of(const char* provider_name) {
   return offers;
 }
 
-/// PipeWire is asked as the PulseAudio server that it also is: for sound, its own devices (0.3.65) make sinks where
-/// sources are wanted.
+/// PipeWire is queried through its PulseAudio server: for sound, its own devices (0.3.65) create sinks where sources
+/// are wanted.
 std::vector<Offer> offers_now() {
   std::vector<Offer> offers = offers_of("pulsedeviceprovider");
   if (offers.empty() && has_alsa_capture()) offers = offers_of("alsadeviceprovider");
@@ -126,7 +126,7 @@ ElementPtr parse_bin(const std::string& description, std::string* why) {
   return bin;
 }
 
-/// Settings that are no names of devices.
+/// Settings that are not device names.
 bool is_reserved(const std::string& setting) {
   return setting == "default" || setting == "none" || setting == "tone" || setting.starts_with(bin_prefix);
 }

@@ -9,11 +9,12 @@ namespace handset {
 namespace {
 
 constexpr int largest_side = softened_width;  ///< of the largest level
-constexpr int smallest_side = 160;            ///< the levels end where the longer side is no more than this
+constexpr int smallest_side = 160;            ///< no further levels once the longer side is at most this
 
 constexpr int search_radius = 6;
 constexpr int search_width = 2 * search_radius + 1;
-constexpr double step_price = 0.004;  ///< of a pixel of displacement, in votes of a tile: of two ways the shorter
+constexpr double step_price =
+    0.004;  ///< per pixel of displacement, in tile votes: of two candidates prefers the shorter
 
 constexpr int grid_columns = 8;
 constexpr int grid_rows = 6;
@@ -21,16 +22,17 @@ constexpr int grid_blocks = grid_columns * grid_rows;
 constexpr int least_block_side = 4;
 
 constexpr double least_slope = 0.5;       ///< squared gray levels a pixel, across a block's weakest direction
-constexpr double most_unexplained = 1.5;  ///< of a block's slopes; pure noise has 4
-constexpr double longest_step = 1.5;      ///< pixels, beyond which slopes say nothing
-/// Blocks agree with the median that are no farther from it than this many times the median distance, within bounds.
+constexpr double most_unexplained = 1.5;  ///< relative to a block's slopes; pure noise has 4
+constexpr double longest_step = 1.5;      ///< pixels; beyond that slopes carry no information
+/// Blocks agree with the median if their distance from it is at most this multiple of the median distance, within
+/// bounds.
 constexpr double agreement = 3;
 constexpr double closest_agreement = 0.1, widest_agreement = 0.75;  ///< pixels
 constexpr int least_textured = grid_blocks / 4;
-constexpr double matching_share = 0.4;  ///< of the textured blocks; with fewer it is another picture
+constexpr double matching_share = 0.4;  ///< of the textured blocks; with fewer it is a different picture
 constexpr double agreeing_share = 0.5;  ///< of the matching ones
 
-/// Sums freed from a change of brightness, in slopes of one picture.
+/// Sums corrected for a change of brightness, in slopes of one picture.
 struct Equation {
   double xx = 0, xy = 0, yy = 0, xt = 0, yt = 0, tt = 0, count = 0;
 
@@ -51,12 +53,12 @@ struct Equation {
     xt += other.xt, yt += other.yt, tt += other.tt;
     count += other.count;
   }
-  /// Slope along the direction that has least of it, squared, a pixel.
+  /// Squared slope per pixel along the weakest direction.
   double weakest() const {
     const double difference = xx - yy;
     return (xx + yy - std::sqrt(difference * difference + 4 * xy * xy)) / 2 / count;
   }
-  /// The displacement with which the slopes explain most of the step; weakest() must be above 0.
+  /// The displacement that best explains the step by the slopes; weakest() must be above 0.
   void solve(double* x, double* y) const {
     const double determinant = xx * yy - xy * xy;
     *x = (xy * yt - yy * xt) / determinant;
@@ -77,7 +79,7 @@ struct Votes {
   int textured = 0;
 };
 
-/// Of one number a vote.
+/// One number per vote.
 template <typename Number>
 double median(const Votes& votes, Number number) {
   std::array<double, grid_blocks> values{};
@@ -88,7 +90,7 @@ double median(const Votes& votes, Number number) {
   return *middle;
 }
 
-/// What the blocks that agree with the median say together.
+/// The combined estimate of the blocks that agree with the median.
 Motion decide(const Votes& votes) {
   if (votes.textured < least_textured) return {};
   if (static_cast<double>(votes.count) < matching_share * votes.textured) return {.kind = Motion::Kind::cut};
@@ -145,7 +147,7 @@ void MotionEstimator::shrink(const std::uint8_t* luma, std::ptrdiff_t stride, Le
   for (std::size_t i = 1; i < levels->size(); ++i) halve_into(&(*levels)[i]);
 }
 
-/// The displacement for which most textured tiles find themselves again.
+/// The displacement at which most textured tiles match.
 MotionEstimator::Offset MotionEstimator::search(const Plane& now, const Plane& last) {
   std::array<double, search_width * search_width> cost{};
   int tiles = 0;
@@ -212,7 +214,7 @@ Motion MotionEstimator::next(const std::uint8_t* luma, std::ptrdiff_t stride) {
     from = motion.kind == Motion::Kind::followed ? nearest(2 * motion.x, 2 * motion.y) : Offset{2 * from.x, 2 * from.y};
   }
   Motion motion = refine(now[0], last[0], from);
-  // Slopes are most exact for what they have least to explain.
+  // Slopes are most accurate when little is left to explain.
   if (motion.kind == Motion::Kind::followed) {
     const Offset nearer = nearest(motion.x, motion.y);
     if (nearer.x != from.x || nearer.y != from.y) motion = refine(now[0], last[0], nearer);

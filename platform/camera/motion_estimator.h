@@ -9,29 +9,28 @@
 
 namespace handset {
 
-/// How a picture's content has moved since the picture before it.
+/// How a picture's content has moved since the previous picture.
 struct Motion {
   enum class Kind {
     followed,  ///< most of the picture has moved by (x, y)
-    unclear,   ///< too little texture, or parts that move apart
-    cut,       ///< another picture altogether
+    unclear,   ///< too little texture, or parts moving in different directions
+    cut,       ///< an entirely different picture
   };
   Kind kind = Kind::unclear;
   double x = 0;  ///< pixels to the right; 0 unless followed
   double y = 0;  ///< pixels down
 };
 
-/// Finds the movement that most of the picture shares. On a copy of the luma that is at most 640 pixels wide, and on
-/// smaller ones of that: a search over all displacements on the smallest, in which every textured tile has one vote,
-/// and then from level to level the displacement that explains the step between the pictures by their slopes (Lucas and
-/// Kanade, "An Iterative Image Registration Technique", 1981), block by block. What counts is the blocks' median and
-/// the blocks that agree with it, so that an object that moves by itself is outvoted, and flat or noisy blocks have no
-/// say.
+/// Finds the movement that most of the picture shares, on a copy of the luma at most 640 pixels wide and successively
+/// halved copies of it. On the smallest it searches all displacements, with one vote per textured tile; then, level by
+/// level and block by block, it finds the displacement that explains the step between the pictures by their slopes
+/// (Lucas and Kanade, "An Iterative Image Registration Technique", 1981). The result is the blocks' median, refined by
+/// the blocks that agree with it, so an object moving by itself is outvoted and flat or noisy blocks do not count.
 ///
-/// Building it allocates; next() does not. One thread at a time.
+/// Construction allocates; next() does not. One thread at a time.
 class MotionEstimator {
  public:
-  /// Pictures of width x height pixels.
+  /// For pictures of width x height pixels.
   MotionEstimator(int width, int height);
 
   /// @param luma  of the next picture; only read during the call
@@ -45,7 +44,7 @@ class MotionEstimator {
     int width, height;
     std::vector<std::uint8_t> pixels;
   };
-  using Levels = std::vector<Plane>;  ///< the largest first
+  using Levels = std::vector<Plane>;  ///< largest first
   struct Offset {
     int x, y;
   };
@@ -56,10 +55,10 @@ class MotionEstimator {
 
   const int width_;
   const int height_;
-  double scale_ = 1;            ///< pixels of the picture for one of the largest level
-  std::vector<Plane> passing_;  ///< each half the one before, down to the size of the largest level
+  double scale_ = 1;            ///< picture pixels per pixel of the largest level
+  std::vector<Plane> passing_;  ///< each half the previous one, down to the size of the largest level
   std::array<Levels, 2> levels_;
-  std::size_t now_ = 0;  ///< which of levels_ is the newer
+  std::size_t now_ = 0;  ///< index in levels_ of the newer one
   bool has_last_ = false;
 };
 

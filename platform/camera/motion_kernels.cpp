@@ -16,14 +16,14 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR
 
-// One lane cannot be looked at as bytes and as pairs: plain C++ does it all.
+// A single lane cannot be viewed both as bytes and as pairs: plain C++ does it all.
 int HalveRow(const std::uint8_t*, const std::uint8_t*, int, std::uint8_t*) {
   return 0;
 }
 
 #else
 
-/// As many whole vectors of two rows as there are. @return samples written
+/// Whole vectors of two rows only. @return samples written
 int HalveRow(const std::uint8_t* above, const std::uint8_t* below, int count, std::uint8_t* to) {
   const hn::ScalableTag<std::uint16_t> d16;
   const hn::Repartition<std::uint8_t, decltype(d16)> d8;
@@ -46,11 +46,11 @@ int HalveRow(const std::uint8_t* above, const std::uint8_t* below, int count, st
 
 #endif
 
-// Plain loops that the compiler turns into each target's vectors.
+// Plain loops, vectorized by the compiler for each target.
 
 void SoftenPlane(const std::uint8_t* from, std::ptrdiff_t from_stride, int width, int height, std::uint8_t* to,
                  std::ptrdiff_t to_stride) {
-  std::uint16_t column[softened_width + 2];  // weighted sums of three rows, and the edges again
+  std::uint16_t column[softened_width + 2];  // weighted sums of three rows, with the edges duplicated
   for (int row = 0; row < height; ++row, to += to_stride) {
     const std::uint8_t* middle = from + row * from_stride;
     const std::uint8_t* above = row > 0 ? middle - from_stride : middle;
@@ -64,7 +64,7 @@ void SoftenPlane(const std::uint8_t* from, std::ptrdiff_t from_stride, int width
   }
 }
 
-/// Twelve times the slope of one picture along steps of `way` bytes.
+/// Twelve times the slope of one picture, with neighboring pixels `way` bytes apart.
 inline int Slope(const std::uint8_t* at, std::ptrdiff_t way) {
   return 8 * (at[way] - at[-way]) - (at[2 * way] - at[-2 * way]);
 }
@@ -73,7 +73,7 @@ SlopeSums SumSlopes(const std::uint8_t* now, const std::uint8_t* last, std::ptrd
   SlopeSums sums{};
   for (int row = 0; row < rows; ++row, now += stride, last += stride) {
     std::int32_t xx = 0, xy = 0, yy = 0, xt = 0, yt = 0, tt = 0, x = 0, y = 0, t = 0;
-    // Products of 16 bits are what compilers find vectors for.
+    // Compilers vectorize 16-bit products.
     for (int i = 0; i < columns; ++i) {
       const auto slope_x = static_cast<std::int16_t>(Slope(now + i, 1) + Slope(last + i, 1));
       const auto slope_y = static_cast<std::int16_t>(Slope(now + i, stride) + Slope(last + i, stride));

@@ -7,25 +7,24 @@
 
 namespace handset {
 
-/// Halves a plane both ways: every sample becomes the mean of four, (a + b + c + d + 2) >> 2. With vectors chosen for
-/// the CPU at run time. @param width,height  of the source; an odd last column or row is left out
+/// Halves a plane both ways: every sample becomes the mean of four, (a + b + c + d + 2) >> 2. Vectorized for the CPU at
+/// run time. @param width,height of the source; an odd last column or row is dropped
 void halve_plane(const std::uint8_t* from, std::ptrdiff_t from_stride, int width, int height, std::uint8_t* to,
                  std::ptrdiff_t to_stride);
 
-/// halve_plane in plain C++: that is what it means.
+/// Scalar reference for halve_plane.
 void halve_plane_reference(const std::uint8_t* from, std::ptrdiff_t from_stride, int width, int height,
                            std::uint8_t* to, std::ptrdiff_t to_stride);
 
-inline constexpr int softened_width = 640;  ///< the most that soften_plane takes
+inline constexpr int softened_width = 640;  ///< the widest plane that soften_plane takes
 
-/// Weights every sample and its neighbors by 1, 2, 1 both ways, rounded; what would be outside is as the edge is.
+/// Weights every sample and its neighbors by 1, 2, 1 both ways, rounded; edges are repeated outward.
 void soften_plane(const std::uint8_t* from, std::ptrdiff_t from_stride, int width, int height, std::uint8_t* to,
                   std::ptrdiff_t to_stride);
 
-/// What an area of two pictures says of the movement between them. Slopes are differences by five points,
-/// (8 * (p[1] - p[-1]) - (p[2] - p[-2])) / 12, which are right up to half the highest frequency; these here are of both
-/// pictures together and not divided, so slope_scale times those of their mean. The step is what the newer picture has
-/// more than the older.
+/// What an area of two pictures reveals about the movement between them. Slopes are five-point differences, (8 * (p[1]
+/// - p[-1]) - (p[2] - p[-2])) / 12, accurate up to half the highest frequency; those here are summed over both pictures
+/// and not divided, so slope_scale times those of their mean. The step is the newer picture minus the older.
 inline constexpr int slope_scale = 24;
 struct SlopeSums {
   std::int64_t xx, xy, yy;  ///< slope times slope
@@ -35,7 +34,7 @@ struct SlopeSums {
 };
 
 inline constexpr int slope_reach = 2;      ///< pixels that sum_slopes needs around its area
-inline constexpr int slope_columns = 100;  ///< the most that it takes: a row's sums of squares fit 32 bits
+inline constexpr int slope_columns = 100;  ///< the most that it takes, so that a row's sums of squares fit 32 bits
 
 /// Sums over columns x rows pixels that begin at `now` and at `last`.
 SlopeSums sum_slopes(const std::uint8_t* now, const std::uint8_t* last, std::ptrdiff_t stride, int columns, int rows);
@@ -46,7 +45,7 @@ inline constexpr int tile_height = 8;
 /// Sum of absolute differences of two tiles.
 unsigned difference_of_tiles(const std::uint8_t* now, const std::uint8_t* last, std::ptrdiff_t stride);
 
-/// Sum over a tile of the absolute differences to the right neighbor and to the lower one, halved.
+/// Sum over a tile of the absolute differences to the right and lower neighbors, halved.
 unsigned texture_of_tile(const std::uint8_t* now, std::ptrdiff_t stride);
 
 }  // namespace handset

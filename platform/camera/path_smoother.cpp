@@ -7,8 +7,8 @@ namespace handset {
 namespace {
 
 constexpr double rest_rate = 2.8;  ///< 1/s
-constexpr double knee = 0.2;       ///< share of the margin from which on the low-passes quicken
-constexpr double quickening = 8;   ///< at the margin's end, in times of the rate at rest
+constexpr double knee = 0.2;       ///< share of the margin beyond which the low-passes quicken
+constexpr double quickening = 8;   ///< factor on the rate at rest, at the margin's end
 
 }  // namespace
 

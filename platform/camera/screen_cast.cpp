@@ -26,8 +26,8 @@ constexpr char session_interface[] = "org.freedesktop.portal.Session";
 constexpr std::uint32_t source_monitor = 1;
 constexpr std::uint32_t cursor_embedded = 2;
 
-constexpr milliseconds portal_limit{10'000};  ///< what needs no user
-constexpr milliseconds user_limit{120'000};   ///< somebody has to read, choose and click
+constexpr milliseconds portal_limit{10'000};  ///< for steps without the user
+constexpr milliseconds user_limit{120'000};   ///< time to read, choose and click
 
 struct VariantDeleter {
   void operator()(GVariant* variant) const { g_variant_unref(variant); }
@@ -40,7 +40,7 @@ struct ObjectDeleter {
 template <typename T>
 using GObjectPtr = std::unique_ptr<T, ObjectDeleter>;
 
-/// A reason in one line. Frees the error.
+/// An error's message on one line. Frees the error.
 std::string reason_of(GError* error) {
   g_dbus_error_strip_remote_error(error);
   std::string reason = error->message;
@@ -54,7 +54,7 @@ std::string reason_of(GError* error) {
   return reason;
 }
 
-/// The options that a request to the portal takes, its handle among them.
+/// The options of a portal request, including its handle.
 GVariantBuilder options_with_token(const char* token) {
   GVariantBuilder options;
   g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
@@ -81,7 +81,7 @@ void take_response(GDBusConnection*, const gchar*, const gchar*, const gchar*, c
 
 }  // namespace
 
-/// One conversation with the portal, and the session that it leads to. Each step returns empty, or why it failed.
+/// One conversation with the portal, and the resulting session. Each step returns empty, or why it failed.
 class ScreenCast::Session {
  public:
   Session() : thread_([this] { run(); }) {}
@@ -95,7 +95,7 @@ class ScreenCast::Session {
     g_main_context_unref(context_);
   }
 
-  /// The portal has answered, or never will. Any thread; the rest may be read then.
+  /// Whether the portal has answered or never will. Any thread; once true, the rest may be read.
   bool settled() const { return settled_; }
   bool ended() const { return ended_; }
   const std::string& error() const { return error_; }
@@ -123,7 +123,7 @@ class ScreenCast::Session {
     return why;
   }
 
-  /// The bus's shared connection would end the program when the bus goes.
+  /// The shared bus connection would end the program if the bus goes away.
   std::string connect() {
     GError* error = nullptr;
     const std::unique_ptr<char, decltype(&g_free)> address(
@@ -147,7 +147,7 @@ class ScreenCast::Session {
     std::string why = ask("CreateSession", token, g_variant_new("(a{sv})", &options), portal_limit, &results);
     if (!why.empty()) return why;
     const gchar* handle = nullptr;
-    // A text by the portal's own oversight, which it keeps.
+    // A string by an oversight in the portal's interface, which is now frozen.
     if (!g_variant_lookup(results.get(), "session_handle", "&s", &handle) || !g_variant_is_object_path(handle))
       return "the portal names no session";
     session_ = handle;
@@ -167,7 +167,7 @@ class ScreenCast::Session {
     g_variant_builder_add(&options, "{sv}", "types",
                           g_variant_new_uint32((sources & source_monitor) != 0 ? source_monitor : sources));
     g_variant_builder_add(&options, "{sv}", "multiple", g_variant_new_boolean(FALSE));
-    // A film of a screen without its pointer is hard to follow.
+    // A screen recording without the pointer is hard to follow.
     if ((offered("AvailableCursorModes") & cursor_embedded) != 0)
       g_variant_builder_add(&options, "{sv}", "cursor_mode", g_variant_new_uint32(cursor_embedded));
     VariantPtr results;
@@ -216,9 +216,9 @@ class ScreenCast::Session {
     g_dbus_connection_flush_sync(connection_.get(), nullptr, nullptr);
   }
 
-  /// A method that answers through a request object: the call, then its response.
+  /// Calls a method that answers through a request object, and waits for its response.
   std::string ask(const char* method, const char* token, GVariant* arguments, milliseconds limit, VariantPtr* results) {
-    // The request's path is known beforehand, so that no response can be missed.
+    // The request's path is known in advance, so no response can be missed.
     std::string sender = g_dbus_connection_get_unique_name(connection_.get()) + 1;
     std::replace(sender.begin(), sender.end(), '.', '_');
     const std::string path = std::string(portal_path) + "/request/" + sender + "/" + token;
@@ -244,7 +244,7 @@ class ScreenCast::Session {
     return why;
   }
 
-  /// A portal that ends while it is asked answers no more.
+  /// A portal that exits during a request never answers.
   void watch_portal() {
     const auto notice = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
                            GVariant* arguments, gpointer self) {
@@ -283,7 +283,7 @@ class ScreenCast::Session {
     return *reply ? "" : reason_of(error);
   }
 
-  /// A property of the portal that is a set of bits; 0 when there is none.
+  /// A bit-set property of the portal; 0 if it is missing.
   std::uint32_t offered(const char* property) {
     VariantPtr reply;
     if (!call("org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", cast_interface, property), "(v)", &reply,
@@ -302,7 +302,7 @@ class ScreenCast::Session {
   guint watch_ = 0;
   guint closed_ = 0;
   bool portal_gone_ = false;
-  std::string session_;  ///< object path; empty: none
+  std::string session_;  ///< object path; empty if none
   std::string error_;
   int remote_ = -1;
   std::uint32_t node_ = 0;

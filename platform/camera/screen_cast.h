@@ -6,22 +6,22 @@
 
 namespace handset {
 
-/// The desktop's screen as its user shares it with this program: a session of the desktop's ScreenCast portal
-/// (org.freedesktop.portal.ScreenCast) with one monitor's PipeWire stream. The portal is talked to on a thread and a
-/// bus connection of the session's own: losing the bus ends nothing but the session.
+/// The desktop's screen as shared by its user: a session of the desktop's ScreenCast portal
+/// (org.freedesktop.portal.ScreenCast) with one monitor's PipeWire stream. The session has its own thread and bus
+/// connection, so losing the bus ends nothing else.
 class ScreenCast {
  public:
-  /// Asks for the screen; the desktop asks its user. Waits for the answer as wait_long() does, two minutes at the most.
-  /// @return null with `error` filled: no portal, no screen, refused, no answer, or the program is about to end
+  /// Asks for the screen; the desktop asks its user. Waits for the answer as wait_long() does, for at most two minutes.
+  /// @return null, with `error` set: no portal, no screen, refused, no answer, or the program is about to end
   static std::shared_ptr<ScreenCast> open(std::string* error);
   /// Ends the sharing.
   ~ScreenCast();
 
-  /// A connection to PipeWire on which the stream can be reached: descriptor, belongs to this object.
+  /// Descriptor of a PipeWire connection that can reach the stream; owned by this object.
   int remote() const;
   /// The stream's PipeWire node.
   std::uint32_t node() const;
-  /// The user or the desktop has ended the sharing. Any thread.
+  /// Whether the user or the desktop has ended the sharing. Any thread.
   bool ended() const;
 
  private:

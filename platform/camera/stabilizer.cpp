@@ -7,13 +7,13 @@ namespace handset {
 namespace {
 
 constexpr double largest_margin = 0.08;  ///< of a side, in total
-constexpr int spare_rows = 2;            ///< under the lowest view
-/// A view that would move by one sample and back with every picture's noise stays where it is.
+constexpr int spare_rows = 2;            ///< below the lowest view
+/// A view that noise would move one sample back and forth stays put.
 constexpr double indifference = 1.5;
 constexpr double shortest_step = 1.0 / 240;  ///< s
 constexpr double longest_step = 0.25;
 
-/// Pixels that a picture of a length may move either way, when so many more are never shown.
+/// How far a picture of a length may move either way, in pixels; that margin is never shown.
 int margin_of(std::uint32_t length, int spare) {
   return std::max(0, static_cast<int>((length * largest_margin - spare) / 2)) & ~1;
 }

@@ -33,7 +33,7 @@ int write_number(StreamProperties* properties, int property, int value, bool sta
   }
 }
 
-/// @return null for what is no number of a stream
+/// @return null if the property is not a number of a stream
 const int* number(const StreamProperties& properties, int property) {
   static constexpr int format = CAMERA_FRAMETYPE_NV12;
   switch (property) {

@@ -16,21 +16,21 @@ struct StreamProperties {
   std::string window_id;     ///< viewfinder only
 };
 
-/// What a stream may be asked for.
+/// What a stream supports.
 struct StreamAbilities {
-  bool window;      ///< it is the viewfinder's
+  bool window;      ///< it is the viewfinder
   bool stabilizes;  ///< the camera has stabilization
 };
 
-// Pairs of property and value as in camera.h, the first property by itself.
+// Property/value pairs as in camera.h, with the first property passed separately.
 
-/// Takes all pairs over, or none. @return 0, EINVAL or ENOTSUP
+/// Sets all pairs, or none. @return 0, EINVAL or ENOTSUP
 int write_properties(StreamProperties* properties, const StreamAbilities& abilities, int property,
                      std::va_list* values);
 /// @return 0 or EINVAL
 int read_properties(const StreamProperties& properties, int property, std::va_list* values);
 
-/// Whether a change is one that a running stream cannot take.
+/// Whether a running stream cannot take a change.
 bool reshapes(const StreamProperties& from, const StreamProperties& to);
 
 }  // namespace handset

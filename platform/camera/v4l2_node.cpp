@@ -64,7 +64,7 @@ int number_in(const std::string& text, int otherwise) {
   return number;
 }
 
-/// Words in lower case: letters and digits hang together.
+/// Lower-case words: letters and digits stay together.
 std::vector<std::string> words_of(const std::string& text) {
   std::vector<std::string> words = {""};
   for (const char c : text) {
@@ -84,7 +84,7 @@ bool has_word(const std::vector<std::string>& words, std::initializer_list<const
   });
 }
 
-/// A device's path below its host controller, with the bus's number taken out: that changes from start to start.
+/// A device's path below its host controller, without the bus number, which changes from boot to boot.
 std::string bus_of(const fs::path& device) {
   std::string host;
   for (auto part = device.begin(); part != device.end(); ++part) {
@@ -99,7 +99,7 @@ std::string bus_of(const fs::path& device) {
   return device.filename().string();
 }
 
-/// Nodes that cannot be asked and whose names are those of codecs and the like. The others are taken for cameras.
+/// Whether an inaccessible node's name suggests a codec or the like. All others are assumed to be cameras.
 bool names_helper(const std::string& name) {
   return has_word(words_of(name), {"codec", "decode", "encode", "decoder", "encoder", "dec", "enc", "isp", "stats",
                                    "metadata", "meta", "m2m", "jpeg", "scaler"});
@@ -131,7 +131,7 @@ void judge_error(FoundCamera* camera, int error) {
   }
 }
 
-/// Fills the camera's modes. @return names of formats that cannot be shown
+/// Fills the camera's modes. @return names of the formats that cannot be displayed
 std::string take_modes(const V4l2Answers& answers, const Decoders& decoders, FoundCamera* camera) {
   std::string refused;
   for (const V4l2Mode& mode : answers.modes) {
@@ -201,7 +201,7 @@ V4l2Place find_place(const std::string& node, const std::string& sysfs) {
   const fs::path device = fs::canonical(folder / "device", error);
   place.bus = error ? leaf : bus_of(device);
   if (error) return place;
-  // A USB camera's node belongs to an interface, and that to the device.
+  // A USB camera's node belongs to an interface, and the interface to the device.
   const fs::path parent = device.parent_path();
   const std::string vendor = first_line(parent / "idVendor");
   if (vendor.empty()) return place;
@@ -240,7 +240,7 @@ std::optional<FoundCamera> camera_of(const V4l2Answers& answers, const Decoders&
   if (!refused.empty()) {
     set_trouble(&camera, CameraTrouble::formats, refused);
   } else if (camera.kind == CameraKind::loopback) {
-    return std::nullopt;  // nobody feeds it
+    return std::nullopt;  // nothing feeds it
   } else {
     set_trouble(&camera, CameraTrouble::no_picture, "it offers none");
   }

@@ -1,4 +1,4 @@
-// The questions to the kernel behind v4l2_node.h.
+// The kernel queries behind v4l2_node.h.
 
 #include <fcntl.h>
 #include <linux/videodev2.h>
@@ -17,7 +17,7 @@ namespace {
 /// For drivers that scale to any size.
 constexpr std::array<camera_res_t, 6> usual_sizes = {
     {{3840, 2160}, {1920, 1080}, {1280, 720}, {960, 540}, {640, 480}, {320, 240}}};
-/// A driver that does not stop counting is not asked for ever.
+/// Guards against a driver whose enumeration never ends.
 constexpr std::uint32_t most_entries = 256;
 
 class Node {
@@ -76,13 +76,13 @@ bool fits(std::uint32_t side, std::uint32_t least, std::uint32_t most, std::uint
   return side >= least && side <= most && (step == 0 || (side - least) % step == 0);
 }
 
-/// For drivers that do not enumerate sizes: those that they take as they are.
+/// For drivers that do not enumerate sizes: tries sizes and keeps those they accept unchanged.
 std::vector<camera_res_t> try_sizes(const Node& node, std::uint32_t type, std::uint32_t format) {
   std::vector<camera_res_t> sizes;
   for (const camera_res_t& size : usual_sizes) {
     v4l2_format tried{};
     tried.type = type;
-    // Both kinds of format begin with width, height and pixel format.
+    // Both kinds of format start with width, height and pixel format.
     tried.fmt.pix.width = size.width;
     tried.fmt.pix.height = size.height;
     tried.fmt.pix.pixelformat = format;
@@ -158,7 +158,7 @@ bool node_is_busy(const std::string& path) {
   if (!node.ask(VIDIOC_QUERYCAP, &capability)) return errno == EBUSY;
   const std::uint32_t caps =
       (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps : capability.capabilities;
-  // To give back no buffers changes nothing, and is refused while the buffers are somebody else's.
+  // Freeing zero buffers changes nothing, and is refused while somebody else owns the buffers.
   v4l2_requestbuffers none{};
   none.type = (caps & V4L2_CAP_VIDEO_CAPTURE) != 0 ? V4L2_BUF_TYPE_VIDEO_CAPTURE : V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE;
   none.memory = V4L2_MEMORY_MMAP;

@@ -8,8 +8,8 @@
 
 namespace handset {
 
-/// One running camera's way to the screen. A frame that comes back from its editor when the camera is gone already does
-/// not bring the picture back. Any thread.
+/// A running camera's path to the screen. A frame returned by its editor after the camera is gone does not bring the
+/// picture back. Any thread.
 class ViewfinderFeed {
  public:
   explicit ViewfinderFeed(std::shared_ptr<ViewfinderSlot> slot) : slot_(std::move(slot)) {}
@@ -18,7 +18,7 @@ class ViewfinderFeed {
     const std::lock_guard lock(mutex_);
     if (!ended_) slot_->post(frame);
   }
-  /// Takes the picture off the screen, for good.
+  /// Removes the picture from the screen, for good.
   void end() {
     const std::lock_guard lock(mutex_);
     if (!std::exchange(ended_, true)) slot_->clear();
@@ -26,7 +26,7 @@ class ViewfinderFeed {
   ViewfinderSlot& slot() { return *slot_; }
 
  private:
-  /// Guards ended_, and is held while the slot tells its listener.
+  /// Guards ended_; held while the slot notifies its listener.
   std::mutex mutex_;
   bool ended_ = false;
   const std::shared_ptr<ViewfinderSlot> slot_;

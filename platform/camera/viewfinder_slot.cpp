@@ -7,7 +7,7 @@
 namespace handset {
 
 void ViewfinderSlot::post(const Frame& frame) {
-  Frame old = frame.share();  // released after the lock: its pool may have to be told
+  Frame old = frame.share();  // released after the lock: this may notify its pool
   {
     const std::lock_guard lock(mutex_);
     std::swap(frame_, old);

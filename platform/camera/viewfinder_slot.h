@@ -9,39 +9,39 @@
 
 namespace handset {
 
-/// What there is to show besides the picture itself.
+/// What to show besides the picture itself.
 struct ViewfinderStatus {
   std::uint64_t posted = 0;   ///< frames so far
   std::uint64_t cleared = 0;  ///< producers that have closed so far
-  bool picture = false;       ///< there is a frame
-  int rotation = 0;           ///< of the viewfinder stream: degrees by which the picture is to be turned clockwise
-  std::string notice;         ///< to stand over the picture, or where none is; empty for nothing
-  std::string hint;           ///< to stand there for the first seconds of the picture
-  std::string trouble;        ///< why there is no camera's picture, until there is one; the user may try again
+  bool picture = false;       ///< whether there is a frame
+  int rotation = 0;           ///< of the viewfinder stream: degrees to turn the picture clockwise
+  std::string notice;         ///< shown over the picture, or in its place; may be empty
+  std::string hint;           ///< shown during the first seconds of the picture
+  std::string trouble;        ///< why there is no picture from the camera, until there is one; the user may retry
   std::string status;         ///< a short line at the picture's edge
 };
 
-/// Where a camera posts its finished frames for the screen: keeps the newest one. A window that shows
-/// a slow screen skips frames; it never holds the camera up. Any thread.
+/// Where a camera posts its finished frames for the screen: keeps the newest. A slow screen skips frames and never
+/// holds the camera up. Any thread.
 class ViewfinderSlot {
  public:
-  /// Replaces the newest frame and tells the listener. Any thread; allocates nothing.
+  /// Replaces the newest frame and notifies the listener. Any thread; allocates nothing.
   void post(const Frame& frame);
-  /// Forgets the frame: the camera has closed. Tells the listener.
+  /// Drops the frame because the camera has closed. Notifies the listener.
   void clear();
-  /// The newest frame, or an empty one. @param serial receives how many were posted so far
+  /// The newest frame, or an empty one. @param serial receives the number posted so far
   Frame latest(std::uint64_t* serial = nullptr) const;
   ViewfinderStatus status() const;
 
-  /// These outlive a clear(). The frames are as they are: neither text nor rotation gets into a film.
+  /// These survive clear(). Frames are untouched: neither text nor rotation gets into a film.
   void set_rotation(int degrees);
   void set_notice(std::string text);
   void set_hint(std::string text);
   void set_trouble(std::string text);
   void set_status(std::string text);
 
-  /// Called after each change, on the thread that makes it; it must neither block nor call back
-  /// into this slot. An empty function removes it; when this returns no call is under way.
+  /// Called after each change, on the thread that makes it; must neither block nor call back into this slot. An empty
+  /// function removes it; no call is in progress once this returns.
   void set_listener(std::function<void()> listener);
 
  private:
@@ -56,10 +56,10 @@ class ViewfinderSlot {
   std::function<void()> listener_;
 };
 
-/// Sets the trouble of every slot: a unit that cannot be opened does not know yet where it would be shown. Any thread.
+/// Sets the trouble of every slot: a unit that cannot be opened does not yet know where it would be shown. Any thread.
 void set_trouble_everywhere(const std::string& text);
 
-/// The slot of a window group and id; camera and screen meet here whichever comes first. Any thread.
+/// The slot of a window group and id; camera and screen meet here, whichever comes first. Any thread.
 std::shared_ptr<ViewfinderSlot> viewfinder_slot(const std::string& group, const std::string& id);
 
 }  // namespace handset
