@@ -1,8 +1,8 @@
 #pragma once
 
-// The messaging platform's social part: an application registers, asks whether it may use it, and invites contacts.
-// There is no such network here; it answers as the device profile says, which may change while the program runs.
-// Everything here is for the UI thread.
+// The messaging platform's social part: an application registers, asks for access, and invites contacts.
+// There is no such network here; the device profile supplies the answers and may change while the program runs.
+// UI thread only.
 
 #include <QObject>
 #include <QPointer>
@@ -42,8 +42,8 @@ class RegistrationState {
   Q_ENUM(Type)
 };
 
-/// Unregistered at first, or what the profile says where it has the application registered already. From then on, and
-/// after an answered request, the state is the profile's, also when that changes.
+/// Unregistered at first, or the profile's state if it has the application registered already. From then on, and after
+/// an answered request, the state follows the profile.
 class Context : public QObject {
   Q_OBJECT
 
@@ -52,13 +52,13 @@ class Context : public QObject {
 
   bool isAccessAllowed() const { return state_ == RegistrationState::Allowed; }
   RegistrationState::Type registrationState() const { return state_; }
-  /// Starts a registration: Pending now, which is reported with the next event, and the profile's answer a moment
-  /// later. A profile that says Pending leaves it at that until it says something else.
-  /// @return false when the UUID is null or a request is under way
+  /// Starts a registration: Pending now, reported with the next event, and the profile's answer a moment later. If the
+  /// profile says Pending, it stays so until the profile changes.
+  /// @return false if the UUID is null or a request is in progress
   bool requestRegisterApplication();
 
  Q_SIGNALS:
-  /// Never before the call returns that causes it.
+  /// Never emitted before the causing call returns.
   void registrationStateUpdated(bb::platform::bbm::RegistrationState::Type state);
 
  private:
@@ -68,7 +68,7 @@ class Context : public QObject {
   QUuid uuid_;
   RegistrationState::Type state_ = RegistrationState::Unregistered;
   bool registered_ = false;
-  QTimer answer_;  ///< runs while a request is under way
+  QTimer answer_;  ///< runs during a request
   handset::ProfileWatcher watcher_;
 };
 
@@ -76,12 +76,12 @@ class MessageService : public QObject {
   Q_OBJECT
 
  public:
-  /// @param context  may be destroyed before the service, which then does nothing
+  /// @param context may be destroyed before the service, which then does nothing
   explicit MessageService(Context* context, QObject* parent = nullptr);
   /// Closes the invitation.
   ~MessageService() override;
-  /// Shows the invitation in the window, for the user to copy. While it is shown already, nothing more happens.
-  /// @return false when access is not allowed, and when there is no window
+  /// Shows the invitation in the window, for the user to copy. Does nothing more if it is already shown.
+  /// @return false if access is not allowed or there is no window
   bool sendDownloadInvitation();
 
  private:

@@ -9,13 +9,13 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// What a server would take to answer.
+/// The time a server would take to answer.
 constexpr auto answer_time = 300ms;
 
 }  // namespace
 
 Context::Context(const QUuid& uuid, QObject* parent) : QObject(parent), uuid_(uuid) {
-  // Whoever read the profile first has named its faults.
+  // Whoever read the profile first has reported its errors.
   const DeviceProfile profile = load_device_profile(device_profile_path(), true);
   registered_ = profile.bbm_registered;
   if (registered_) state_ = static_cast<RegistrationState::Type>(profile.bbm_state);

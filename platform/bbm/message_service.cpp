@@ -2,7 +2,7 @@
 #include "platform/cascades/pages.h"
 #include "platform/cascades/qml_document.h"
 
-// At file scope: the macro declares a function of the global namespace.
+// At file scope: the macro declares a function in the global namespace.
 static void init_document() {
   Q_INIT_RESOURCE(bbm);
 }

@@ -29,7 +29,7 @@ void ProfileWatcher::watch() {
   for (const QString& path : {file_, folder}) {
     if (QFileInfo::exists(path)) watcher_.addPath(path);
   }
-  // All programs' settings change in there: no longer than necessary.
+  // Settings of all programs change in there: do not watch it longer than necessary.
   if (!QFileInfo::exists(folder) && QFileInfo::exists(above)) {
     watcher_.addPath(above);
   } else {

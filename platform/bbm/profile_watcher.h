@@ -6,7 +6,7 @@
 
 namespace handset {
 
-/// Tells when the file of the device profile has been changed, created, replaced or removed. UI thread.
+/// Signals when the device profile's file is changed, created, replaced or removed. UI thread.
 class ProfileWatcher : public QObject {
   Q_OBJECT
 
@@ -14,11 +14,11 @@ class ProfileWatcher : public QObject {
   explicit ProfileWatcher(QObject* parent = nullptr);
 
  Q_SIGNALS:
-  /// A moment after the last of the changes that come together, so that no half-written file is read.
+  /// Emitted shortly after the last of a burst of changes, so that no half-written file is read.
   void changed();
 
  private:
-  /// A file that is not there cannot be watched, its folder can; the same holds for that folder.
+  /// A missing file cannot be watched, but its folder can; likewise for a missing folder.
   void watch();
 
   QString file_;

@@ -4,7 +4,7 @@
 
 namespace bb::cascades {
 
-/// A translation of its own, so that the item's position stays its layout's business. The item owns it.
+/// A separate translation, so that the item's position remains up to its layout. Owned by the item.
 class TranslateTransition::Offset : public QQuickTransform {
  public:
   explicit Offset(QQuickItem* item) : QQuickTransform(item) { appendToItem(item); }

@@ -8,7 +8,7 @@
 
 namespace bb::cascades {
 
-/// Moves the item that is its target, or around it in the document, from an offset to its place. Pixels, milliseconds.
+/// Moves its target, or the item around it in the document, from an offset to its place. Pixels, milliseconds.
 class TranslateTransition : public QObject {
   Q_OBJECT
   Q_PROPERTY(QQuickItem* target READ target WRITE setTarget NOTIFY targetChanged)
@@ -22,7 +22,7 @@ class TranslateTransition : public QObject {
 
   QQuickItem* target() const { return target_; }
   void setTarget(QQuickItem* target);
-  /// Starts over where it runs already. Ends at once without a target or a duration.
+  /// Restarts if running. Ends at once without a target or a duration.
   Q_INVOKABLE void play();
 
  Q_SIGNALS:
@@ -40,7 +40,7 @@ class TranslateTransition : public QObject {
   float from_y_ = 0;
   int duration_ = 200;
   QVariantAnimation animation_;
-  QPointer<Offset> offset_;  ///< the moving item's transform; there only while it moves
+  QPointer<Offset> offset_;  ///< the moving item's transform; present only while it moves
 };
 
 }  // namespace bb::cascades

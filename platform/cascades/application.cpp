@@ -38,7 +38,7 @@ QSize display_size() {
                                  OrientationSupport::instance()->displayDirection());
 }
 
-/// Keeps a window from what its user does, but for closing it.
+/// Blocks the user's input to a window, except closing it.
 class InputStop : public QObject {
  public:
   explicit InputStop(QObject* window) : window_(window) { window->installEventFilter(this); }
@@ -51,7 +51,7 @@ class InputStop : public QObject {
   QObject* const window_;
 };
 
-/// The window stays drawn and takes no input, while the user is busy elsewhere.
+/// Keeps the window drawn but without input while the user is busy elsewhere.
 void wait_drawn(const std::function<bool()>& done) {
   if (done()) return;
   InputStop stop(the_application->desktopWindow());
@@ -59,13 +59,13 @@ void wait_drawn(const std::function<bool()>& done) {
   QTimer turn;
   QObject::connect(&turn, &QTimer::timeout, &loop, [&] {
     if (!done()) return;
-    // A dialog that a timer has opened meanwhile is to be answered first.
+    // A dialog opened by a timer meanwhile has to be answered first.
     stop.lift();
     loop.quit();
   });
   turn.start(std::chrono::milliseconds(10));
   loop.exec();
-  // The program was to end: a loop that has not begun yet has not heard of it.
+  // The program was to end: a loop that had not started yet has missed that.
   if (!done()) QMetaObject::invokeMethod(the_application, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
@@ -92,16 +92,16 @@ void Window::setScreenIdleMode(ScreenIdleMode::Type mode) {
 }
 
 struct Application::State {
-  QObjectList qt_children;  ///< those that Qt deletes itself
+  QObjectList qt_children;  ///< the ones Qt deletes itself
   QPointer<handset::Stage> stage;
-  // In the opposite order of their destruction.
+  // In reverse order of destruction.
   std::unique_ptr<QQmlEngine> engine;
   std::unique_ptr<handset::DisplayWindow> desktop_window;
   std::unique_ptr<Window> main_window;
   QPointer<Menu> menu;
   QPointer<AbstractPane> scene;
-  QQuickItem* display = nullptr;      ///< in the desktop window, as all that follows
-  QQuickItem* scene_layer = nullptr;  ///< what the scene is put into
+  QQuickItem* display = nullptr;      ///< in the desktop window, like everything below
+  QQuickItem* scene_layer = nullptr;  ///< holds the scene
 };
 
 Application::Application(int& argc, char** argv) : QGuiApplication(argc, argv), state_(std::make_unique<State>()) {
@@ -126,8 +126,8 @@ Application::Application(int& argc, char** argv) : QGuiApplication(argc, argv), 
 }
 
 Application::~Application() {
-  // The application's objects use the scene, the menu and the engine until they are gone.
-  // One of them may delete others.
+  // The application's objects use the scene, the menu and the engine until they are gone. Any of them may delete
+  // others.
   const QList<QPointer<QObject>> all(children().begin(), children().end());
   for (const QPointer<QObject>& child : all) {
     if (child && !state_->qt_children.contains(child)) delete child.data();
@@ -168,7 +168,7 @@ void Application::create_display() {
 }
 
 void Application::lay_out() {
-  // Both sides at once: no layout sees the one without the other.
+  // Both sides at once: no layout sees one without the other.
   state_->display->setSize(display_size());
 }
 
@@ -222,7 +222,7 @@ QQuickItem* Application::display() const {
 QImage Application::readDisplay() const {
   const QSharedPointer<QQuickItemGrabResult> result = display()->grabToImage(display_size());
   if (!result) return {};
-  // The item is drawn into its own image together with the window's next frame, which this asks for.
+  // The item is drawn into its own image with the window's next frame, which this requests.
   desktopWindow()->grabWindow();
   return result->image().convertToFormat(QImage::Format_ARGB32);
 }

@@ -31,10 +31,10 @@ class Window : public QObject {
 
  public:
   ~Window() override;
-  /// Reading it gives what the display shows, upright and in the display's own resolution.
+  /// Returns what the display shows, upright and at the display's own resolution.
   screen_window_t handle() const;
   ScreenIdleMode::Type screenIdleMode() const { return idle_mode_; }
-  /// KeepAwake: the desktop does not dim the screen, best effort, until it is set back or the program ends.
+  /// KeepAwake: keeps the desktop from dimming the screen, best effort, until it is reset or the program ends.
   void setScreenIdleMode(ScreenIdleMode::Type mode);
 
  private:
@@ -45,39 +45,39 @@ class Window : public QObject {
   ScreenIdleMode::Type idle_mode_ = ScreenIdleMode::Normal;
 };
 
-/// SIGTERM and SIGINT end its event loop, as closing the window and Ctrl+Q do.
+/// SIGTERM and SIGINT end its event loop, like closing the window and Ctrl+Q.
 class Application : public QGuiApplication {
   Q_OBJECT
   Q_PROPERTY(bb::cascades::Menu* menu READ menu NOTIFY menuChanged)
 
  public:
-  /// One per process at a time. Chooses how the window is drawn: by a GPU where there is one, else by the CPU.
+  /// At most one per process at a time. Chooses how the window is drawn: by a GPU if there is one, else by the CPU.
   Application(int& argc, char** argv);
   /// Destroys its children first, then the scene, the menu, the window and the engine.
   ~Application() override;
-  /// Null when there is none.
+  /// Null if there is none.
   static Application* instance();
 
-  /// Shows the window as well. The application owns the scene; the one before is deleted.
+  /// Also shows the window. The application owns the scene and deletes the previous one.
   void setScene(AbstractPane* scene);
   AbstractPane* scene() const;
-  /// The application owns the menu; the one before is deleted.
+  /// The application owns the menu and deletes the previous one.
   void setMenu(Menu* menu);
   Menu* menu() const;
   Window* mainWindow() const;
 
-  /// The engine that documents and looks are created with.
+  /// The engine that creates documents and looks.
   QQmlEngine* engine() const;
-  /// The desktop window, for tests and for dialogs of the desktop.
+  /// The desktop window, for tests and for the desktop's dialogs.
   QQuickWindow* desktopWindow() const;
-  /// The display: the root of everything that is drawn. Its size is the display's, turned with the handset.
+  /// The display: the root of everything drawn. Its size is the display's, turned with the handset.
   QQuickItem* display() const;
 
-  /// What the display shows, upright and in the display's own resolution; a null image when it cannot be drawn.
+  /// What the display shows, upright and at the display's own resolution; a null image if it cannot be drawn.
   QImage readDisplay() const;
 
  public Q_SLOTS:
-  /// Shows the window above the desktop's other windows, as far as the desktop lets a program do that.
+  /// Raises the window above the desktop's other windows, as far as the desktop allows.
   void bringToFront();
 
  Q_SIGNALS:

@@ -10,12 +10,12 @@ namespace bb::cascades {
 
 namespace {
 
-QMutex mutex;         // guards package; held for the look at the file system that finds it
-QString package_dir;  // empty: not looked for yet
+QMutex mutex;         // guards package; held during the file-system lookup
+QString package_dir;  // empty: not looked up yet
 
 QString find_package() {
   const std::string installed = find_package_dir();
-  // A program that is not beside its package has the sandbox's link to it, in the working directory.
+  // A program that is not next to its package uses the sandbox's link to it, in the working directory.
   return installed.empty() ? QDir::current().absoluteFilePath(QStringLiteral("app"))
                            : QString::fromStdString(installed);
 }
@@ -26,7 +26,7 @@ QString assets_dir() {
   return package_dir + QStringLiteral("/native/assets");
 }
 
-/// Without "." and "..", of which none leads above the first folder.
+/// Removes "." and ".."; none leads above the first folder.
 QString confined(const QString& path) {
   QStringList folders;
   for (const QString& folder : path.split(u'/', Qt::SkipEmptyParts)) {

@@ -5,12 +5,12 @@
 
 namespace bb::cascades {
 
-/// asset:///name to the file in the installed package; any other URL as it is. A name never leads out of the
+/// Maps asset:///name to the file in the installed package; returns any other URL unchanged. A name never escapes the
 /// package's assets: ".." stops at their folder. Any thread.
 QUrl resolve_asset(const QUrl& url);
 
-/// Takes another package from now on, instead of the installed one. Any thread.
-/// @param package_dir  the folder that holds native/assets; empty for the installed package again
+/// Uses another package from now on instead of the installed one. Any thread.
+/// @param package_dir the folder that holds native/assets; empty restores the installed package
 void set_package_dir(const QString& package_dir);
 
 }  // namespace bb::cascades

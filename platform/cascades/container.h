@@ -15,7 +15,7 @@ class Container : public Control {
   float topPadding() const { return top_padding_; }
   void setTopPadding(float padding);
 
-  /// Adds a control behind those that are there in the order of children, that is on top of them. It becomes a child.
+  /// Appends a control to the children, on top of the others. It becomes a child.
   void add(Control* control);
 
  Q_SIGNALS:

@@ -83,7 +83,7 @@ class CheckBox : public Control {
   bool checked_ = false;
 };
 
-/// One choice out of several texts.
+/// One choice among several texts.
 class DropDown : public Control {
   Q_OBJECT
   Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY titleChanged)
@@ -96,7 +96,7 @@ class DropDown : public Control {
   void setTitle(const QString& title);
   QStringList options() const { return options_; }
   void setOptions(const QStringList& options);
-  /// -1: nothing is selected.
+  /// -1 if nothing is selected.
   int selectedIndex() const { return selected_index_; }
   /// An index outside the options selects nothing.
   void setSelectedIndex(int index);

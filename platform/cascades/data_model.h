@@ -15,19 +15,19 @@ class ItemGrouping {
   Q_ENUM(Type)
 };
 
-/// What a list view shows. An item is named by its index path.
+/// What a list view shows. Items are identified by index path.
 class DataModel : public QAbstractListModel {
   Q_OBJECT
 
  public:
   using QAbstractListModel::data;
   explicit DataModel(QObject* parent = nullptr) : QAbstractListModel(parent) {}
-  /// The item, an invalid value where there is none.
+  /// The item, or an invalid value if none.
   Q_INVOKABLE virtual QVariant data(const QVariantList& indexPath) const = 0;
 };
 
-/// Maps, in the order in which they were inserted: this handset groups nothing. An index path has one element, the
-/// row. To a view each row is one role, "item".
+/// Maps in insertion order: this handset does no grouping. An index path has one element, the row. To a view each row
+/// is one role, "item".
 class GroupDataModel : public DataModel {
   Q_OBJECT
 

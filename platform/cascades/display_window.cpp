@@ -17,7 +17,7 @@ namespace {
 
 constexpr QSize least_size(160, 160);
 
-/// Where one types, Ctrl and an arrow move by a word.
+/// In a text field, Ctrl and an arrow move by a word.
 bool is_text_field(QObject* focused) {
   if (!focused) return false;
   QInputMethodQueryEvent query(Qt::ImEnabled);

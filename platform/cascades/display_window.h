@@ -4,20 +4,20 @@
 
 namespace handset {
 
-/// The desktop window around the handset's display, with the keys that are the handset's and not a control's. Closing
-/// it ends the event loop. UI thread.
+/// The desktop window around the handset's display, handling the keys that belong to the handset and not to a control.
+/// Closing it ends the event loop. UI thread.
 class DisplayWindow : public QQuickWindow {
   Q_OBJECT
 
  public:
   DisplayWindow();
 
-  /// Grown or shrunk to the display's shape, at most as large as the desktop; left alone where it is maximized.
+  /// Resizes the window to the display's shape, at most as large as the desktop; leaves a maximized one alone.
   void reshape(QSize display);
   void bring_to_front();
 
  Q_SIGNALS:
-  /// Nothing on the display had anything to go back from.
+  /// Emitted when nothing on the display could go back.
   void backUnused();
 
  protected:

@@ -14,7 +14,7 @@ namespace {
 
 int pipe_ends[2] = {-1, -1};
 
-// Only what is safe in a signal handler. A full pipe has said it already.
+// Async-signal-safe calls only. If the pipe is full, the message is already in it.
 void tell(int) {
   const int error = errno;
   const char byte = 0;

@@ -25,26 +25,26 @@ using handset::ViewfinderNode;
 constexpr char group_name[] = "morvane";
 constexpr int hint_time_ms = 6000;
 constexpr int backdrop_period_ms = 150;
-/// Where the hint's middle is, as a share of the item's height.
+/// Vertical position of the hint's center, as a share of the item's height.
 constexpr double hint_place = 0.14;
 
-/// Where the item's coordinates meet the pixels of the window.
+/// Maps the item's coordinates to the window's pixels.
 class PixelGrid {
  public:
   PixelGrid(const QQuickItem& item, double ratio)
       : to_pixels_(item.itemTransform(nullptr, nullptr) * QTransform::fromScale(ratio, ratio)) {}
 
-  /// Turned or sheared items have no rectangles in common with the pixels.
+  /// Rotated or sheared items share no rectangles with the pixels.
   bool is_even() const {
     return to_pixels_.type() <= QTransform::TxScale && to_pixels_.m11() > 0 && to_pixels_.m22() > 0;
   }
   double scale() const { return std::hypot(to_pixels_.m11(), to_pixels_.m12()); }
-  /// Pixels that an area covers.
+  /// Pixels covered by an area.
   QSize size_of(const QRectF& area) const {
     const QSizeF size = is_even() ? to_pixels_.mapRect(area).size() : area.size() * scale();
     return size.toSize().expandedTo(QSize(1, 1)).boundedTo(QSize(8192, 8192));
   }
-  /// The nearest area whose edges are between pixels.
+  /// The nearest area with edges between pixels.
   QRectF snapped(const QRectF& area) const {
     if (!is_even()) return area;
     const QRectF pixels = to_pixels_.mapRect(area);
@@ -55,7 +55,7 @@ class PixelGrid {
   QTransform to_pixels_;
 };
 
-/// A frame's pixels for as long as this lives.
+/// Maps a frame's pixels for its own lifetime.
 class MappedFrame {
  public:
   explicit MappedFrame(const handset::Frame& frame) : mapped_(handset::map_frame(frame, GST_MAP_READ, &video_)) {}
@@ -82,17 +82,17 @@ class MappedFrame {
 
 }  // namespace
 
-/// The other end, and what is known of it. UI thread.
+/// The producer's end, and what is known of it. UI thread.
 struct ForeignWindowControl::Producer {
   screen_window_s window;
   std::shared_ptr<handset::ViewfinderSlot> slot;
   handset::ViewfinderStatus seen;
-  /// A change was announced and not looked at; later ones need no announcement of their own.
+  /// A change has been announced but not handled; later ones need no further announcement.
   std::atomic<bool> announced{false};
   QTimer hint_timer;
 };
 
-/// What was drawn last, and how the next is drawn. Render thread, while the UI thread waits.
+/// What was drawn last, and how to draw next. Render thread, while the UI thread waits.
 struct ForeignWindowControl::Picture {
   struct Text {
     QString text;
@@ -126,7 +126,7 @@ void ForeignWindowControl::Picture::show(ViewfinderNode* node, const handset::Fr
   const QRectF place = handset::place_of(turned, item.size()).translated(item.topLeft());
   const QRectF area = grid.snapped(place);
   const QSize pixels = grid.size_of(place);
-  // Without a GPU enlarging is far cheaper here than in the scene graph; with one it is the other way round.
+  // Without a GPU enlarging is far cheaper here than in the scene graph; with one it is the other way around.
   const QSize wanted = software ? pixels : pixels.boundedTo(turned);
 
   const bool filled = place.size() == item.size();
@@ -221,12 +221,12 @@ void ForeignWindowControl::setWindowId(const QString& id) {
   Q_EMIT windowIdChanged();
 }
 
-/// Looks at what the producer has done since the last time.
+/// Processes what the producer has done since the last time.
 void ForeignWindowControl::follow() {
   producer_->announced = false;
   if (!producer_->slot) return;
   const handset::ViewfinderStatus status = producer_->slot->status();
-  // One that has closed and one that has posted since then may both have come between two looks.
+  // A producer may have closed and another one posted between two looks.
   if (!status.picture || status.cleared != producer_->seen.cleared) set_bound(false);
   producer_->seen = status;
   set_notice(QString::fromStdString(status.notice));

@@ -1,6 +1,6 @@
 #pragma once
 
-// Shows the window of another producer, here the camera's viewfinder, found by window group and id.
+// Shows another producer's window, here the camera's viewfinder, found by window group and id.
 
 #include <memory>
 
@@ -11,10 +11,10 @@ Q_DECLARE_OPAQUE_POINTER(screen_window_t)
 
 namespace bb::cascades {
 
-/// The picture stands upright and whole in the item, whatever the window's rotation and mirror are set to together with
-/// the stream's rotation; see handset::stance_of and handset::place_of. A frame is converted when the scene graph asks
-/// for it, once, and no frame is held between. The z-order becomes the item's z: a negative one is behind what its
-/// parent shows.
+/// The picture stands upright and whole in the item, whatever combination of window rotation, mirror and stream
+/// rotation is set; see handset::stance_of and handset::place_of. A frame is converted once, when the scene graph asks
+/// for it, and no frame is held in between. The z-order becomes the item's z: a negative one is behind the parent's
+/// content.
 class ForeignWindowControl : public Control {
   Q_OBJECT
   Q_PROPERTY(QString windowId READ windowId WRITE setWindowId NOTIFY windowIdChanged)
@@ -25,30 +25,30 @@ class ForeignWindowControl : public Control {
   Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
  public:
-  /// Which properties of the window the control keeps up to date by itself.
+  /// Which window properties the control keeps up to date by itself.
   enum WindowProperty { None = 0, Position = 1, Size = 2, Visibility = 4, SourcePosition = 8 };
   Q_DECLARE_FLAGS(WindowProperties, WindowProperty)
 
   explicit ForeignWindowControl(QQuickItem* parent = nullptr);
   ~ForeignWindowControl() override;
 
-  /// The application's group; the same for all controls.
+  /// The application's group, shared by all controls.
   QString windowGroup() const;
   QString windowId() const { return window_id_; }
   void setWindowId(const QString& id);
-  /// There from the start, so that properties can be set before a producer has attached.
+  /// Present from the start, so that properties can be set before a producer attaches.
   screen_window_t windowHandle() const;
-  /// A producer has posted.
+  /// Whether a producer has posted.
   bool isBound() const { return bound_; }
   WindowProperties updatedProperties() const { return updated_properties_; }
   void setUpdatedProperties(WindowProperties properties) { updated_properties_ = properties; }
-  /// What the producer says instead of, or over, the picture; empty for nothing.
+  /// The producer's message in place of, or over, the picture; may be empty.
   QString notice() const { return notice_; }
-  /// A remark on the picture that is there for its first seconds; empty for none, and after them.
+  /// A remark shown during the picture's first seconds; empty if none, and afterwards.
   QString hint() const { return hint_; }
-  /// Why there is no camera's picture; empty for nothing. The stage shows it, with a way to try again.
+  /// Why there is no picture from the camera; may be empty. The stage shows it, with a way to retry.
   QString trouble() const { return trouble_; }
-  /// A short line for the picture's edge, as long as it holds; empty for none. Not drawn here.
+  /// A short line for the picture's edge, while it applies; may be empty. Not drawn here.
   QString status() const { return status_; }
 
  Q_SIGNALS:
@@ -58,7 +58,7 @@ class ForeignWindowControl : public Control {
   void hintChanged();
   void troubleChanged();
   void statusChanged();
-  /// The first picture of a producer is there; emitted anew after the producer has closed and another one posts.
+  /// A producer's first picture has arrived; emitted again after the producer has closed and another one posts.
   void windowAttached(screen_window_t window, const QString& group, const QString& id);
   void windowDetached(screen_window_t window, const QString& group, const QString& id);
 

@@ -17,10 +17,10 @@ namespace bb::cascades {
 namespace {
 
 constexpr int wheel_pause_ms = 400;
-// A little more than a tenth: whoever counts tenths in single precision must find every notch.
+// Slightly more than a tenth: counting tenths in single precision must find every notch.
 constexpr qreal ratio_per_notch = 0.1001;
 constexpr qreal units_per_notch = 120;
-// Fingers that touch each other have a distance, too: ratios stay finite and above 0.
+// Touching fingers are still a distance apart: keeps ratios finite and above 0.
 constexpr qreal least_distance = 1;
 constexpr qreal least_ratio = 0.1;
 
@@ -29,7 +29,7 @@ QList<Handler*> handlers(const QObject* control) {
   return control->findChildren<Handler*>(Qt::FindDirectChildrenOnly);
 }
 
-/// Emits a signal of every handler, of which each may delete others.
+/// Emits a signal of every handler; any of them may delete others.
 template <typename Handler, typename... Arguments>
 void emit_all(const QObject* control, void (Handler::*signal)(Arguments...), Arguments... arguments) {
   const QList<Handler*> now = handlers<Handler>(control);
@@ -39,7 +39,7 @@ void emit_all(const QObject* control, void (Handler::*signal)(Arguments...), Arg
   }
 }
 
-/// A handler on top follows the pointer without having taken it yet: it is the one that is meant.
+/// A handler on top may follow the pointer without having grabbed it yet: it takes precedence.
 bool taken_on_top(const QPointerEvent* event) {
   for (const QEventPoint& point : event->points()) {
     if (!event->passiveGrabbers(point).isEmpty()) return true;
@@ -106,14 +106,14 @@ void GestureRecognizer::wheel(QWheelEvent* event) {
   if (!pinch) return event->ignore();
   tapping_ = false;
   const qreal change = ratio_per_notch * units / units_per_notch;
-  // Fingers meet, a wheel turns on: it goes on in a new pinch.
+  // Fingers meet or a wheel keeps turning: continue in a new pinch.
   if (pinching_ && ratio_ + change < least_ratio) end_pinch();
   if (!pinching_) {
     by_wheel_ = true;
     watched_ = control_->window();
     if (watched_) watched_->installEventFilter(this);
     begin_pinch(event->position());
-    // Handlers measure from the first update, which fingers bring before they have moved.
+    // Handlers measure from the first update, which fingers send before they have moved.
     update_pinch(1, event->position());
   }
   wheel_pause_.start();
@@ -166,11 +166,11 @@ void GestureRecognizer::update_touch_pinch() {
   const QPointF middle = (one + other) / 2;
   if (pinching_) {
     const std::pair<int, int> pair = fingers();
-    // Another finger in the place of one that has gone changes nothing by itself.
+    // Replacing a lifted finger by another changes nothing by itself.
     if (pair != pair_) first_distance_ = distance(one, other) / ratio_;
     pair_ = pair;
     const qreal ratio = distance(one, other) / first_distance_;
-    // An event that brings a new finger comes twice.
+    // An event that brings a new finger arrives twice.
     if (ratio != ratio_ || middle != middle_) update_pinch(ratio, middle);
     return;
   }

@@ -14,18 +14,18 @@ class QWheelEvent;
 
 namespace bb::cascades {
 
-/// Turns the pointer events of one control into the signals of the gesture handlers that are its children. UI thread.
+/// Turns the pointer events of one control into signals of its child gesture handlers. UI thread.
 class GestureRecognizer : public QObject {
  public:
-  /// The control's child. It accepts left clicks and touches from then on.
+  /// Becomes the control's child and accepts left clicks and touches from then on.
   explicit GestureRecognizer(QQuickItem* control);
 
-  // The events as the control gets them; those that are no part of a gesture are ignored, so that they go on to what is
+  // The events as the control gets them; those that are not part of a gesture are ignored, so that they reach what is
   // beneath.
   void mouse(QMouseEvent* event);
   void touch(QTouchEvent* event);
   void wheel(QWheelEvent* event);
-  /// Somebody else has taken the pointer, or the control cannot be seen any more.
+  /// Another item has grabbed the pointer, or the control is no longer visible.
   void cancel();
 
  protected:
@@ -44,18 +44,18 @@ class GestureRecognizer : public QObject {
 
   QQuickItem* control_;
   bool tapping_ = false;
-  QPointF pressed_at_;  ///< scene; where the tap began
+  QPointF pressed_at_;  ///< scene coordinates; where the tap began
 
   bool pinching_ = false;
   qreal ratio_ = 1;
   QPointF middle_;
-  QHash<int, QPointF> fingers_;  ///< on the control, by point id; control's coordinates
+  QHash<int, QPointF> fingers_;  ///< by point id, in the control's coordinates
   std::pair<int, int> pair_;     ///< point ids of the two that pinch
-  qreal first_distance_ = 1;     ///< of the pair, or what that of a later pair would have been
+  qreal first_distance_ = 1;     ///< of the pair, or its equivalent for a later pair
 
-  bool by_wheel_ = false;  ///< the pinch is one of Ctrl and the wheel
+  bool by_wheel_ = false;  ///< the pinch comes from Ctrl and the wheel
   QTimer wheel_pause_;
-  QPointer<QObject> watched_;  ///< the window, whose keys say when Ctrl is let go
+  QPointer<QObject> watched_;  ///< the window, whose key events tell when Ctrl is released
 };
 
 }  // namespace bb::cascades

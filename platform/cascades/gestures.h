@@ -12,7 +12,7 @@ class TapEvent : public QObject {
 
  public:
   explicit TapEvent(QPointF position) : position_(position) {}
-  /// Within the control; pixels of the display.
+  /// Within the control; display pixels.
   float localX() const { return static_cast<float>(position_.x()); }
   float localY() const { return static_cast<float>(position_.y()); }
 
@@ -25,7 +25,7 @@ class PinchEvent : public QObject {
 
  public:
   PinchEvent(float ratio, QPointF middle) : ratio_(ratio), middle_(middle) {}
-  /// Distance of the fingers in terms of their distance at the pinch's start.
+  /// Distance of the fingers relative to the start of the pinch.
   float pinchRatio() const { return ratio_; }
   float midPointX() const { return static_cast<float>(middle_.x()); }
   float midPointY() const { return static_cast<float>(middle_.y()); }
@@ -35,7 +35,7 @@ class PinchEvent : public QObject {
   QPointF middle_;
 };
 
-/// A control's addGestureHandler attaches it.
+/// Attached by a control's addGestureHandler.
 class GestureHandler : public QObject {
   Q_OBJECT
 
@@ -53,7 +53,7 @@ class TapHandler : public GestureHandler {
   void tapped(bb::cascades::TapEvent* event);
 };
 
-/// The first signal of a pinch is pinchStarted, the last one pinchEnded or pinchCancelled.
+/// A pinch starts with pinchStarted and ends with pinchEnded or pinchCancelled.
 class PinchHandler : public GestureHandler {
   Q_OBJECT
 

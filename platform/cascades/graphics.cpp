@@ -19,7 +19,7 @@ bool is_rasterizer(const QByteArray& renderer) {
   return renderer.isEmpty();
 }
 
-/// Asking OpenGL where there is nothing to drive loads a rasterizer, whose 55 MB stay for the life of the process.
+/// Probing OpenGL without hardware for it loads a rasterizer, whose 55 MB stay for the life of the process.
 bool has_gpu_device() {
   const QDir devices(QStringLiteral("/dev"));
   return !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty() ||
@@ -46,7 +46,7 @@ bool has_gpu() {
 
 void choose_graphics() {
   if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND")) return;
-  // The probe's warnings say what the outcome says: there is no GPU to use.
+  // The probe's warnings only repeat its outcome: no GPU.
   const QtMessageHandler handler = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
   const bool gpu = has_gpu();
   qInstallMessageHandler(handler);

@@ -11,7 +11,7 @@ namespace handset {
 
 namespace {
 
-/// Connecting without an address would start a bus of its own.
+/// Connecting without an address would start a new bus.
 bool has_bus() {
   return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
          QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));

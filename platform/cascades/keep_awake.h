@@ -6,7 +6,7 @@
 namespace handset {
 
 /// Asks the desktop not to dim the screen: org.freedesktop.ScreenSaver on the session bus. Best effort: without a bus,
-/// or with a refusal, nothing happens. The desktop forgets the request when this process ends. UI thread.
+/// or if refused, nothing happens. The desktop drops the request when this process ends. UI thread.
 class KeepAwake : public QObject {
   Q_OBJECT
 
@@ -20,7 +20,7 @@ class KeepAwake : public QObject {
   void release();
 
   bool wanted_ = false;
-  bool asked_ = false;  ///< an answer is on its way
+  bool asked_ = false;  ///< a reply is pending
   std::optional<uint> cookie_;
 };
 

@@ -9,7 +9,7 @@ void ListView::setDataModel(DataModel* model) {
   if (data_model_) data_model_->disconnect(this);
   data_model_ = model;
   clearSelection();
-  // A row that has gone cannot be the selected one.
+  // A removed row cannot stay selected.
   if (model) connect(model, &QAbstractItemModel::modelReset, this, &ListView::clearSelection);
   Q_EMIT dataModelChanged();
 }

@@ -5,7 +5,7 @@
 
 namespace bb::cascades {
 
-/// A list of rows with an icon and a title, the keys "image" and "title" of the model's maps.
+/// A list of rows with an icon and a title, from the keys "image" and "title" of the model's maps.
 class ListView : public Control {
   Q_OBJECT
   Q_PROPERTY(bb::cascades::DataModel* dataModel READ dataModel WRITE setDataModel NOTIFY dataModelChanged)
@@ -17,7 +17,7 @@ class ListView : public Control {
   DataModel* dataModel() const { return data_model_; }
   void setDataModel(DataModel* model);
 
-  /// Index path of the selected row; empty for none.
+  /// Index path of the selected row; empty if none.
   QVariantList selected() const { return selected_; }
   Q_INVOKABLE void select(const QVariantList& indexPath);
   Q_INVOKABLE void clearSelection();
@@ -25,7 +25,7 @@ class ListView : public Control {
  Q_SIGNALS:
   void dataModelChanged();
   void selectionChanged();
-  /// The user has chosen a row, which is selected by then.
+  /// The user has chosen a row; it is already selected.
   void triggered(const QVariantList& indexPath);
 
  private:

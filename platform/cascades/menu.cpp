@@ -32,7 +32,7 @@ void Menu::addAction(ActionItem* item) {
 }
 
 Menu::~Menu() {
-  // Before this object is a QObject only, to which its items would report their end.
+  // Before this object is a mere QObject to which its items would report their end.
   for (ActionItem* item : std::as_const(actions_)) item->disconnect(this);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The application menu, which is pulled down from the top edge.
+// The application menu, pulled down from the top edge.
 
 #include <QList>
 #include <QObject>
@@ -45,7 +45,7 @@ class ActionItem : public AbstractActionItem {
   void triggered();
 };
 
-/// The application that it is given to with Application::setMenu owns it.
+/// Owned by the application after Application::setMenu.
 class Menu : public QObject {
   Q_OBJECT
   Q_PROPERTY(QList<QObject*> actions READ actionObjects NOTIFY actionsChanged)
@@ -53,7 +53,7 @@ class Menu : public QObject {
  public:
   explicit Menu(QObject* parent = nullptr) : QObject(parent) {}
   ~Menu() override;
-  /// At the end; the item becomes this menu's child. One that is deleted leaves the menu.
+  /// Appends the item, which becomes this menu's child. A deleted item leaves the menu.
   void addAction(ActionItem* item);
   QList<ActionItem*> actions() const { return actions_; }
   QList<QObject*> actionObjects() const;

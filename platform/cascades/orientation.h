@@ -16,12 +16,12 @@ class DisplayDirection {
   Q_GADGET
 
  public:
-  /// Degrees by which the handset is turned clockwise.
+  /// Degrees that the handset is turned clockwise.
   enum Type { North = 0, East = 90, South = 180, West = 270 };
   Q_ENUM(Type)
 };
 
-/// How the handset is held. A square display is in portrait at every direction.
+/// How the handset is held. A square display is always in portrait.
 class OrientationSupport : public QObject {
   Q_OBJECT
   Q_PROPERTY(int displayDirection READ displayDirection NOTIFY displayDirectionChanged)
@@ -33,8 +33,8 @@ class OrientationSupport : public QObject {
   DisplayDirection::Type displayDirection() const { return direction_; }
   UIOrientation::Type orientation() const;
 
-  /// Turns the handset: displayDirection changes, then orientationAboutToChange is emitted, with the display laid out
-  /// anew after that. A direction that is none is ignored.
+  /// Turns the handset: changes displayDirection and lays the display out again, then emits orientationAboutToChange.
+  /// Ignores an invalid direction.
   Q_INVOKABLE void turnTo(int direction);
 
  Q_SIGNALS:

@@ -35,7 +35,7 @@ void NavigationPane::pop() {
 }
 
 void NavigationPane::report_popped(Page* page) {
-  // Pushed again meanwhile, it is on a stack as before.
+  // If it was pushed again meanwhile, it is on a stack as before.
   if (!page || page->parentItem()) return;
   if (isSignalConnected(QMetaMethod::fromSignal(&NavigationPane::popTransitionEnded))) {
     Q_EMIT popTransitionEnded(page);
@@ -62,7 +62,7 @@ void NavigationPane::stack(Page* page) {
 }
 
 void NavigationPane::unstack(const QQuickItem* page) {
-  // A page that is being deleted is no Page any more: only its address tells which one it was.
+  // A page in its destructor is no longer a Page: only its address identifies it.
   const auto is_page = [page](const QQuickItem* other) { return other == page; };
   if (pages_.removeIf(is_page) > 0) Q_EMIT topChanged();
 }

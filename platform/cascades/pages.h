@@ -9,7 +9,7 @@
 
 namespace bb::cascades {
 
-/// What can be an application's scene.
+/// Anything that can be an application's scene.
 class AbstractPane : public VisualNode {
   Q_OBJECT
 
@@ -23,7 +23,7 @@ class Page : public AbstractPane {
 
  public:
   explicit Page(QQuickItem* parent = nullptr) : AbstractPane(parent) {}
-  /// Shown above the page with the way back, on every page but the first.
+  /// Shown above the page along with the way back, on every page but the first.
   QString title() const { return title_; }
   void setTitle(const QString& title);
 
@@ -34,12 +34,12 @@ class Page : public AbstractPane {
   QString title_;
 };
 
-/// A stack of pages. Pages under the top one stay in the scene and are covered; the pages that its document holds are
-/// the stack's bottom.
+/// A stack of pages. Pages below the top stay in the scene, covered; the pages in its document form the bottom of the
+/// stack.
 class NavigationPane : public AbstractPane {
   Q_OBJECT
   Q_PROPERTY(int count READ count NOTIFY topChanged)
-  // Not "top": that is one of the item's anchor lines.
+  // Not "top": that is already an anchor line of the item.
   Q_PROPERTY(bb::cascades::Page* topPage READ top NOTIFY topChanged)
 
  public:
@@ -47,10 +47,10 @@ class NavigationPane : public AbstractPane {
 
   int count() const { return static_cast<int>(pages_.size()); }
   Page* top() const;
-  /// Puts a page on top; one that is on the stack already comes to the top. The pane owns it from then on.
+  /// Puts a page on top, moving it there if it is already on the stack. The pane owns it from then on.
   Q_INVOKABLE void push(bb::cascades::Page* page);
-  /// Takes the top page away, except the first. popTransitionEnded follows from the event loop, so that a page may ask
-  /// for it itself; ownership goes to whoever handles it. Nobody does: the page is deleted.
+  /// Removes the top page unless it is the only one. popTransitionEnded follows from the event loop, so that a page may
+  /// call this itself; ownership passes to the handler. Without one the page is deleted.
   Q_INVOKABLE void pop();
 
  Q_SIGNALS:
@@ -68,7 +68,7 @@ class NavigationPane : public AbstractPane {
   QList<Page*> pages_;  ///< all of them child items
 };
 
-/// A page over everything else, opened and closed as a whole.
+/// A page over everything else, opened and closed as a unit.
 class Sheet : public QObject {
   Q_OBJECT
   Q_CLASSINFO("DefaultProperty", "content")
@@ -82,7 +82,7 @@ class Sheet : public QObject {
   QQuickItem* content() const { return content_; }
   void setContent(QQuickItem* content);
   bool isOpened() const { return opened_; }
-  /// Shows the sheet in the application's window; nothing when it is open.
+  /// Shows the sheet in the application's window; does nothing if it is open.
   Q_INVOKABLE void open();
   Q_INVOKABLE void close();
 
@@ -91,7 +91,7 @@ class Sheet : public QObject {
   void openedChanged();
   void opened();
   void closed();
-  /// The user wants to go back, by Esc or by the sheet's back control. The document decides what that means.
+  /// The user wants to go back, by Esc or the sheet's back control. The document decides what that means.
   void backRequested();
 
  private:

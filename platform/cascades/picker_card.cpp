@@ -30,7 +30,7 @@ QImage paint_folder() {
   return image;
 }
 
-/// Small pictures of files, decoded on the image loader's thread.
+/// Thumbnails of files, decoded on the image loader's thread.
 class FileIcons : public QQuickImageProvider {
  public:
   FileIcons() : QQuickImageProvider(Image, ForceAsynchronousImageLoading) {}
@@ -38,7 +38,7 @@ class FileIcons : public QQuickImageProvider {
   static QString url(const QString& id) {
     return QStringLiteral("image://%1/%2").arg(QLatin1String(provider_name), id);
   }
-  /// A path may hold what URLs encode.
+  /// Escapes a path for use in a URL.
   static QString url_of(const QFileInfo& file) {
     if (file.isDir()) return url(QLatin1String(folder_icon));
     const auto how = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
@@ -57,7 +57,7 @@ class FileIcons : public QQuickImageProvider {
     const QString path = QString::fromUtf8(QByteArray::fromBase64(encoded.toLatin1(), how));
     const QImage image = read_picture(QFile::encodeName(path).constData(), Upright::yes);
     if (!image.isNull()) return image.scaled(icon_side, icon_side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    QImage nothing(1, 1, QImage::Format_ARGB32_Premultiplied);  // a null one would be a complaint on the error stream
+    QImage nothing(1, 1, QImage::Format_ARGB32_Premultiplied);  // a null image would print a warning
     nothing.fill(Qt::transparent);
     return nothing;
   }
@@ -87,7 +87,7 @@ QUrl PickerCard::document() const {
   return QUrl(QStringLiteral("qrc:/bb/cascades/picker/FilePickerCard.qml"));
 }
 
-/// @param from  the folder to begin with, where it is in this one
+/// @param from the entry to start at, if it is in this folder
 void PickerCard::enter(const QString& folder, const QString& from) {
   folder_ = QDir(folder);
   const QDir::SortFlags by_name = QDir::Name | QDir::IgnoreCase | QDir::LocaleAware;

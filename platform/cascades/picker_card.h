@@ -7,7 +7,7 @@
 
 namespace handset {
 
-/// The file picker that is drawn in the window: folders and files of one folder, as a card on the stage. UI thread.
+/// The in-window file picker: the folders and files of one folder, as a card on the stage. UI thread.
 class PickerCard : public QObject {
   Q_OBJECT
   Q_PROPERTY(QUrl document READ document CONSTANT)
@@ -18,7 +18,7 @@ class PickerCard : public QObject {
 
  public:
   /// Opens itself on the stage.
-  /// @param patterns  of the files that are shown, in any case; pictures are shown as they look
+  /// @param patterns of the files to show, case-insensitive; pictures get thumbnails
   PickerCard(const QString& title, const QString& folder, const QStringList& patterns, QObject* parent);
   /// Leaves the stage.
   ~PickerCard() override;
@@ -26,12 +26,12 @@ class PickerCard : public QObject {
   QUrl document() const;
   QString title() const { return title_; }
   QString folder() const { return folder_.absolutePath(); }
-  /// The way up where there is one, the folders, the files: maps of "name" and "icon" (an image URL).
+  /// The way up if there is one, the folders, the files: maps of "name" and "icon" (an image URL).
   QVariantList rows() const { return rows_; }
-  /// The row to begin with: the folder that one comes from, or the first file or folder. -1 where there is none.
+  /// The initial row: the folder just left, or the first file or folder; -1 if none.
   int first() const { return first_; }
 
-  /// Goes into a folder, or picks a file. No row: nothing.
+  /// Enters a folder or picks a file. Ignores an invalid row.
   Q_INVOKABLE void choose(int row);
   Q_INVOKABLE void goUp();
   Q_INVOKABLE void close();
@@ -39,7 +39,7 @@ class PickerCard : public QObject {
  Q_SIGNALS:
   void folderChanged();
   void picked(const QString& path);
-  /// By the user, or because another card takes its place.
+  /// Closed by the user or replaced by another card.
   void closed();
 
  private:

@@ -20,7 +20,7 @@ namespace {
 
 constexpr char folder_key[] = "pictures/folder";
 
-/// Not among the application's preferences: it is the handset's business where its picker was last.
+/// Not among the application's preferences: the picker's last folder belongs to the handset.
 QSettings memory() {
   return QSettings(QString::fromStdString(user_dirs().state) + QStringLiteral("/morvane/picker.ini"),
                    QSettings::IniFormat);
@@ -39,7 +39,7 @@ QStringList patterns_of(FileType::Type type) {
           QStringLiteral("*.gif")};
 }
 
-/// As dialogs take them, some of which tell capitals from small letters.
+/// In the form dialogs take, some of which are case-sensitive.
 QStringList name_filters(FileType::Type type) {
   if (type != FileType::Picture) return {QStringLiteral("All files (*)")};
   QStringList patterns = patterns_of(type);
@@ -47,7 +47,7 @@ QStringList name_filters(FileType::Type type) {
   return {QStringLiteral("Pictures (%1)").arg(patterns.join(QLatin1Char(' ')))};
 }
 
-/// Qt's own dialog, which it puts into the window where it knows none of the desktop's; null where it does.
+/// Qt's own dialog, which it puts in the window if it has no desktop dialog; null otherwise.
 QObject* find_substitute(const QQuickWindow* window) {
   const QObjectList objects = window->findChildren<QObject*>();
   const auto found = std::find_if(objects.begin(), objects.end(),
@@ -79,7 +79,7 @@ void FilePicker::open() {
   }
 }
 
-/// @return false when there is no dialog of the desktop's
+/// @return false if the desktop has no dialog
 bool FilePicker::open_native() {
   QQuickWindow* const window = Application::instance()->desktopWindow();
   QQmlComponent component(Application::instance()->engine(),
@@ -93,7 +93,7 @@ bool FilePicker::open_native() {
   });
   if (!dialog) return false;  // the module is not installed
   QMetaObject::invokeMethod(dialog, "open");
-  // Qt tells in no other way. Its own dialog has colours and sizes of its own and shows no pictures.
+  // Qt offers no other way to tell. Its own dialog has its own colors and sizes and shows no pictures.
   if (QObject* const substitute = find_substitute(window)) {
     QMetaObject::invokeMethod(dialog, "close");
     delete dialog;
@@ -110,7 +110,7 @@ bool FilePicker::open_native() {
 void FilePicker::open_card() {
   auto* const card = new handset::PickerCard(title_, first_folder(), patterns_of(type_), this);
   shown_ = card;
-  // Queued, since who calls may be an item of the card's document; by then the card may be another one's predecessor.
+  // Queued, since the caller may be an item of the card's document; by then another card may have replaced it.
   const auto finish = [this, card](const QStringList& files) {
     if (shown_ == card) end(files);
   };
@@ -134,7 +134,7 @@ void FilePicker::reject() {
   end({});
 }
 
-/// @param files  none: canceled
+/// @param files empty if canceled
 void FilePicker::end(const QStringList& files) {
   if (!std::exchange(open_, false)) return;
   drop();
@@ -153,7 +153,7 @@ void FilePicker::drop() {
     delete card;
     return;
   }
-  // The dialog may be in the middle of telling.
+  // The dialog may be emitting a signal.
   QMetaObject::invokeMethod(shown_, "close");
   shown_->setParent(nullptr);
   shown_->deleteLater();

@@ -22,16 +22,15 @@ class FileType {
   Q_ENUM(Type)
 };
 
-/// Lets the user pick a file: the desktop's own dialog where Qt knows one, else a card in the window, which picks a
-/// single one. The folder of the last pick is remembered across restarts; the first one is the user's Pictures. UI
-/// thread.
+/// Lets the user pick a file: with the desktop's own dialog if Qt has one, else a card in the window, which picks a
+/// single file. The folder of the last pick is remembered across restarts; the first is the user's Pictures. UI thread.
 class FilePicker : public QObject {
   Q_OBJECT
   Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY titleChanged)
 
  public:
   explicit FilePicker(QObject* parent = nullptr);
-  /// What is open is closed without a signal.
+  /// Closes whatever is open without a signal.
   ~FilePicker() override;
 
   QString title() const { return title_; }
@@ -43,12 +42,12 @@ class FilePicker : public QObject {
   /// Pictures are PNG, JPEG, BMP and GIF; every other type is any file.
   void setType(FileType::Type type) { type_ = type; }
 
-  /// Nothing while it is open. Ends with exactly one of fileSelected and canceled, after this call has returned.
+  /// Does nothing while open. Ends with exactly one of fileSelected and canceled, after this call has returned.
   Q_INVOKABLE void open();
 
  Q_SIGNALS:
   void titleChanged();
-  /// Absolute paths; one in picker mode.
+  /// Absolute paths; exactly one in picker mode.
   void fileSelected(const QStringList& files);
   void canceled();
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The rounded ground of what stands over the camera's picture.
+// The rounded background of what stands over the camera's picture.
 
 #include <QColor>
 #include <QPainter>
@@ -8,8 +8,8 @@
 
 namespace bb::cascades {
 
-/// A translucent shape with round ends, painted whole: the software renderer puts a rounded Rectangle together from
-/// pieces, whose seams show in a scaled window.
+/// A translucent shape with round ends, painted as a whole: the software renderer assembles a rounded Rectangle from
+/// pieces whose seams show in a scaled window.
 class Pill : public QQuickPaintedItem {
   Q_OBJECT
   Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)

@@ -15,9 +15,9 @@ namespace handset::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// (left * (128 - share) + right * share + 64) >> 7 fits 16 bits all the way.
+// (left * (128 - share) + right * share + 64) >> 7 always fits 16 bits.
 
-/// @return how many bytes are done
+/// @return bytes done
 std::size_t MixRows(const std::uint8_t* upper, const std::uint8_t* lower, std::uint16_t share, std::uint8_t* out,
                     std::size_t count) {
   const hn::ScalableTag<std::uint16_t> d16;
@@ -36,12 +36,12 @@ std::size_t MixRows(const std::uint8_t* upper, const std::uint8_t* lower, std::u
   return x;
 }
 
-/// @return how many groups are done
+/// @return groups done
 std::size_t MixColumns(const std::uint8_t* row, std::size_t step, const PlaneScaler::Group* groups, std::size_t count,
                        std::uint8_t* out) {
 #if HWY_TARGET == HWY_SCALAR
   static_cast<void>(row), static_cast<void>(step), static_cast<void>(groups), static_cast<void>(out);
-  return count - count;  // one lane has nothing to look up in
+  return count - count;  // a single lane has no lookup table
 #else
   const hn::FixedTag<std::uint8_t, 16> d8;
   const hn::FixedTag<std::uint8_t, 8> d8_half;
@@ -75,17 +75,17 @@ namespace {
 HWY_EXPORT(MixRows);
 HWY_EXPORT(MixColumns);
 
-/// A group's lookup reaches this far behind the last sample.
+/// How far a group's lookup reaches past the last sample.
 constexpr std::size_t row_margin = 64;
 
 std::uint8_t mix(int first, int second, int share) {
   return static_cast<std::uint8_t>((first * (128 - share) + second * share + 64) >> 7);
 }
 
-/// Where the centre of a sample of the result is among the source's samples.
+/// The center of a result sample, in source samples.
 struct Place {
   int first;  ///< the sample at or before it
-  int share;  ///< of the next sample, of 128; 0 at the last one
+  int share;  ///< of the next sample, in 128ths; 0 at the last one
 };
 
 Place place(int index, int source, int target) {
@@ -109,7 +109,7 @@ void PlaneScaler::prepare(int source_width, int width) {
     const int start = static_cast<int>(i) * samples;
     group.first = place(start, source_width, width).first * bytes_per_sample_;
     for (int byte = 0; byte < 8; ++byte) {
-      // What lies behind the row's end is computed and never seen.
+      // What lies past the row's end is computed but never seen.
       const Place at = place(std::min(start + byte / bytes_per_sample_, width - 1), source_width, width);
       group.pick[byte] =
           static_cast<std::uint8_t>(at.first * bytes_per_sample_ + byte % bytes_per_sample_ - group.first);

@@ -13,22 +13,22 @@ struct SamplePlane {
   int height;
 };
 
-/// Bilinear scaling of one plane at a time, the centres of samples on the centres of samples: enlarging by anything,
-/// reducing to one half at most in either direction. Even areas keep their level exactly, which libyuv's scaling of
-/// 2023 does not: white came out as 253. One thread at a time; allocates only when the sizes change.
+/// Scales one plane at a time bilinearly, aligning sample centers: enlarges by any factor, reduces to one half at most
+/// in either direction. Flat areas keep their level exactly, which libyuv's scaling of 2023 does not: white came out as
+/// 253. One thread at a time; allocates only when the sizes change.
 class PlaneScaler {
  public:
   /// @param bytes_per_sample  1 or 2
   explicit PlaneScaler(int bytes_per_sample) : bytes_per_sample_(bytes_per_sample) {}
 
-  /// @param target  `width` by `height` samples, with room for whole groups of eight bytes in each row
+  /// @param target `width` by `height` samples, with room for whole groups of eight bytes in each row
   void scale(const SamplePlane& source, std::uint8_t* target, int stride, int width, int height);
 
-  /// Eight bytes of the result: which bytes of a row each is mixed of.
+  /// Eight bytes of the result: the row's bytes that each is mixed from.
   struct Group {
-    std::int32_t first;      ///< byte of the row that `pick` counts from
-    std::uint8_t pick[16];   ///< the left one; the right one is a sample further. The upper half is not used
-    std::uint16_t right[8];  ///< share of the right one, of 128
+    std::int32_t first;      ///< byte of the row that `pick` is relative to
+    std::uint8_t pick[16];   ///< the left one; the right one is one sample further. The upper half is unused
+    std::uint16_t right[8];  ///< share of the right one, in 128ths
   };
 
  private:
@@ -38,10 +38,10 @@ class PlaneScaler {
   int source_width_ = 0;
   int width_ = 0;
   std::vector<Group> groups_;
-  std::vector<std::uint8_t> row_;  ///< two rows of the source mixed, and room behind them
+  std::vector<std::uint8_t> row_;  ///< two blended source rows, with room after them
 };
 
-/// What PlaneScaler computes, in the plain way; for tests.
+/// Scalar reference for PlaneScaler, for tests.
 void scale_plane_plainly(const SamplePlane& source, int bytes_per_sample, std::uint8_t* target, int stride, int width,
                          int height);
 

@@ -50,7 +50,7 @@ bool QmlDocument::hasErrors() const {
 
 void QmlDocument::setContextProperty(const QString& name, QObject* value) {
   if (!context_) return;
-  // Before the context hears of it, which would evaluate every binding once more, without the value.
+  // Before the context is notified, which would evaluate every binding once more, without the value.
   if (value) connect(value, &QObject::destroyed, this, &QmlDocument::delete_roots);
   context_->setContextProperty(name, value);
 }

@@ -10,23 +10,23 @@ class QQmlComponent;
 
 namespace bb::cascades {
 
-/// A QML document of the package. What cannot be loaded leaves its errors on the error stream, one line each.
+/// A QML document of the package. Loading errors go to stderr, one line each.
 class QmlDocument : public QObject {
   Q_OBJECT
 
  public:
   /// Loads a document such as "asset:///Settings.qml". Never null.
   static QmlDocument* create(const QString& url, QObject* parent = nullptr);
-  /// Destroys the root objects that are still alive, so that nothing outlives its context.
+  /// Destroys the remaining root objects, so that nothing outlives its context.
   ~QmlDocument() override;
 
   bool hasErrors() const;
-  /// The root objects that are alive when the value is destroyed are destroyed with it.
+  /// Root objects still alive when the value is destroyed are destroyed with it.
   void setContextProperty(const QString& name, QObject* value);
 
-  /// @return null when the document cannot be created; otherwise its root object, which the caller owns
+  /// @return the root object, owned by the caller; null if the document cannot be created
   QObject* createRoot();
-  /// The root object where it is a T; an object of another kind is deleted.
+  /// The root object if it is a T; an object of another kind is deleted.
   template <typename T>
   T* createRootObject() {
     QObject* root = createRoot();

@@ -16,7 +16,7 @@
 #include "platform/cascades/pill.h"
 #include "platform/cascades/shield.h"
 
-// At file scope: the macro declares a function of the global namespace.
+// At file scope: the macro declares a function in the global namespace.
 static void init_resources() {
   Q_INIT_RESOURCE(cascades);
 }

@@ -4,7 +4,7 @@ class QQmlEngine;
 
 namespace bb::cascades {
 
-/// Makes the QML modules known to this process and `engine` ready for documents:
+/// Registers the QML modules with this process and prepares `engine` for documents:
 ///
 /// - `bb.cascades` 1.0: the controls as documents use them, which are the looks qrc:/bb/cascades/NAME.qml; Sheet,
 ///   TranslateTransition; the singletons Theme and OrientationSupport; the enumerations.

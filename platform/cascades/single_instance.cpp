@@ -16,11 +16,11 @@ namespace handset {
 namespace {
 
 constexpr int patience_ms = 3000;
-/// One that has closed its socket completes its film, which has fifteen seconds for that.
+/// An instance that has closed its socket is completing its film, which may take fifteen seconds.
 constexpr int end_patience_ms = 20000;
 constexpr char token_variable[] = "XDG_ACTIVATION_TOKEN";
 
-/// Beside other programs' sockets, or in the temporary folder where the user has no folder for them.
+/// Next to other programs' sockets, or in the temporary folder if the user has no runtime folder.
 QString base_name(const QString& sandbox) {
   const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
   const QString folder = !runtime.isEmpty() && QDir(runtime).exists() ? runtime : QDir::tempPath();
@@ -28,7 +28,7 @@ QString base_name(const QString& sandbox) {
   return QStringLiteral("%1/morvane-%2-%3").arg(folder).arg(getuid()).arg(QString::fromLatin1(key));
 }
 
-/// Gives the running process what the desktop gave to this one for coming to the front.
+/// Passes the desktop's activation token from this process to the running one.
 enum class Answer { given, silence, nobody_there };
 Answer ask_to_come_forward(const QString& name) {
   QLocalSocket socket;
@@ -47,7 +47,7 @@ SingleInstance::SingleInstance(const QString& sandbox, QObject* parent) : QObjec
   lock_->setStaleLockTime(0);
   const QString socket = base + QStringLiteral(".socket");
   const QDeadlineTimer silence(patience_ms), end(end_patience_ms);
-  // The one with the lock may not listen yet, or may end just now.
+  // The lock's owner may not listen yet, or may be ending right now.
   for (Answer answer = Answer::nobody_there; !(answer == Answer::silence ? silence : end).hasExpired();) {
     if (lock_->tryLock(0)) {
       first_ = true;
@@ -72,7 +72,7 @@ void SingleInstance::take_place(const QString& socket) {
   QLocalServer::removeServer(socket);
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::answer);
-  // A program that ends does not come to the front any more: the next one waits for its place.
+  // A program that is ending no longer comes to the front: the next one waits for its place.
   connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &server_, &QLocalServer::close);
   if (server_.listen(socket)) return;
   std::fprintf(stderr, "cannot listen at %s: %s\n", qUtf8Printable(socket), qUtf8Printable(server_.errorString()));

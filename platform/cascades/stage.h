@@ -9,7 +9,7 @@
 
 namespace handset {
 
-/// One per application object. An object that is deleted while it is shown or waits goes away by itself. UI thread.
+/// One per application object. An object that is deleted while shown or waiting disappears by itself. UI thread.
 class Stage : public QObject {
   Q_OBJECT
   Q_PROPERTY(QObject* toast READ toast NOTIFY toastChanged)
@@ -22,10 +22,10 @@ class Stage : public QObject {
  public:
   static Stage* instance();
 
-  /// The toast that is shown now, with the property "body". Several wait for each other.
+  /// The current toast, with the property "body". Others wait their turn.
   QObject* toast() const;
-  /// Nothing where the toast waits already or is shown.
-  /// @param milliseconds  how long it is shown
+  /// Does nothing if the toast is already waiting or shown.
+  /// @param milliseconds how long to show it
   void show_toast(QObject* toast, int milliseconds);
 
   /// The topmost open dialog, with the properties "title", "body", "confirmLabel", "cancelLabel" (empty: no such
@@ -45,19 +45,19 @@ class Stage : public QObject {
   void open_card(QObject* card);
   void close_card(QObject* card);
 
-  /// Why the scene does not show what it should; stays over scene and dialogs until it is taken away. Empty for none.
+  /// Why the scene does not show what it should; stays over scene and dialogs until cleared. May be empty.
   QString trouble() const { return trouble_; }
   void set_trouble(const QString& text);
-  /// The user wants to try again.
+  /// The user wants to retry.
   Q_INVOKABLE void retry() { Q_EMIT retryRequested(); }
 
-  /// The application menu is pulled down. It does not open under a sheet, a card or a dialog, and closes when one of
-  /// them opens.
+  /// Whether the application menu is pulled down. It does not open under a sheet, a card or a dialog, and closes when
+  /// one opens.
   bool menu_open() const { return menu_open_; }
   void set_menu_open(bool open);
 
-  /// What Esc does: cancels the dialog, or closes the card, or asks the sheet, or closes the menu.
-  /// @return false when there is none of them
+  /// Handles Esc: cancels the dialog, or closes the card, or asks the sheet, or closes the menu.
+  /// @return false if there is none of these
   Q_INVOKABLE bool go_back();
 
  Q_SIGNALS:
@@ -79,7 +79,7 @@ class Stage : public QObject {
     QObject* toast;
     int milliseconds;
   };
-  // No list holds an object that is gone: forgetting is connected to its end.
+  // No list holds a dead object: its destruction removes it.
   QList<Waiting> toasts_;
   QTimer toast_timer_{this};
   QList<QObject*> dialogs_;

@@ -27,7 +27,7 @@ void ViewfinderNode::set_ground(const QRectF& area) {
 void ViewfinderNode::set_image(Layer layer, const QImage& image, const QRectF& area, bool smooth) {
   QSGImageNode*& node = images_[layer];
   if (image.isNull()) {
-    delete node;  // leaves its place by itself
+    delete node;  // removes itself from its parent
     node = nullptr;
     return;
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the scene graph shows of a viewfinder: plain rectangles and images, which the software renderer draws as well.
+// A viewfinder in the scene graph: plain rectangles and images, which the software renderer also draws.
 
 #include <QImage>
 #include <QSGImageNode>
@@ -18,20 +18,20 @@ class ViewfinderNode : public QSGNode {
 
   explicit ViewfinderNode(QQuickWindow* window);
 
-  /// The dark ground under everything.
+  /// The dark background beneath everything.
   void set_ground(const QRectF& area);
-  /// Shows an image in a layer, in coordinates of the item; a null image takes the layer away.
-  /// @param smooth  filtered; not for one whose pixels meet the display's
+  /// Shows an image in a layer, in item coordinates; a null image removes the layer.
+  /// @param smooth whether to filter; not for images that match the display's pixels
   void set_image(Layer layer, const QImage& image, const QRectF& area, bool smooth);
-  /// Moves what a layer shows.
+  /// Moves a layer's content.
   void move_image(Layer layer, const QRectF& area);
   bool has_image(Layer layer) const { return images_[layer] != nullptr; }
 
  private:
   QQuickWindow* const window_;
   QSGRectangleNode* ground_;
-  /// Keep the layers in order. Transform nodes, since the software renderer forgets where a plain node's later children
-  /// are.
+  /// Keep the layers in order. Transform nodes, since the software renderer loses the position of children added later
+  /// to a plain node.
   std::array<QSGTransformNode*, layer_count> places_;
   std::array<QSGImageNode*, layer_count> images_{};
 };

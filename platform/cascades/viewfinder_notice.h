@@ -7,10 +7,10 @@ namespace handset {
 
 enum class NoticeKind { notice, hint };
 
-/// A line of text on a dark, rounded, translucent ground; broken into several where it is too long.
-/// @param item   size of the item that it is for, display pixels: how large the text is follows from it
-/// @param scale  pixels of the image for one of the display
-/// @return premultiplied, `scale` times as large as it is to stand in the item; null for an empty text
+/// A line of text on a dark, rounded, translucent background, wrapped if too long.
+/// @param item size in display pixels of the item it is for, which determines the text size
+/// @param scale image pixels per display pixel
+/// @return premultiplied, `scale` times its size in the item; null for an empty text
 QImage paint_notice(const QString& text, NoticeKind kind, QSizeF item, double scale);
 
 }  // namespace handset

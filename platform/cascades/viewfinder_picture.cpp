@@ -14,10 +14,10 @@ namespace {
 
 constexpr int pixel_bytes = 4;
 constexpr double stretch_limit = 1.35;
-/// Width of the picture that the backdrop is made of, and what remains of its light.
+/// Width of the picture that the backdrop is made from, and how much of its light remains.
 constexpr int backdrop_width = 32;
 constexpr float backdrop_light = 0.42F;
-/// Share of the new picture in each refresh.
+/// Weight of the new picture in each refresh.
 constexpr float backdrop_inertia = 0.35F;
 
 std::size_t bytes_of(QSize size) {
@@ -46,7 +46,7 @@ Nv12 scaled(const Nv12& frame, int width, int height, std::uint8_t* room) {
 }  // namespace
 
 Stance stance_of(int window_rotation, bool mirror, int stream_rotation, int direction) {
-  // Turning and then mirroring is mirroring and then turning the other way.
+  // Turning, then mirroring equals mirroring, then turning the other way.
   const int stream = mirror ? 360 - stream_rotation : stream_rotation;
   return {(window_rotation + direction + stream) % 360, mirror};
 }
@@ -66,7 +66,7 @@ std::uint8_t* PictureConverter::Scratch::of(std::size_t size) {
   return bytes.data();
 }
 
-/// One that nobody holds; where there is none of the size, one that is to be let go of.
+/// An idle image of this size, else one to recycle.
 QImage& PictureConverter::image_to_fill(QSize size) {
   for (QImage& image : images_) {
     if (image.size() == size && image.isDetached()) return image;
@@ -88,7 +88,7 @@ Nv12 PictureConverter::Step::scale(const Nv12& from, QSize size) {
   return {to, stride, to_chroma, stride, size.width(), size.height()};
 }
 
-/// The frame in another size. In steps of at most one half, each of which takes every pixel into account.
+/// Resizes the frame in steps of at most one half, so that every pixel counts.
 Nv12 PictureConverter::sized(const Nv12& frame, QSize size) {
   Nv12 now = frame;
   for (std::size_t i = 0; now.width != size.width() || now.height != size.height(); ++i) {
@@ -106,7 +106,7 @@ QImage PictureConverter::convert(const Nv12& frame, QSize size, Stance stance) {
   QImage& image = image_to_fill(size);
   const Argb target{image.bits(), static_cast<int>(image.bytesPerLine())};
   int to_come = stance.mirror + (stance.angle != 0);
-  // The last step writes into the image, those before it into memory of their own.
+  // The last step writes into the image, the others into separate memory.
   const auto room = [&](Scratch& scratch) {
     return to_come-- == 0 ? target : Argb{scratch.of(bytes_of(upright)), row};
   };
@@ -126,7 +126,7 @@ QImage PictureConverter::convert(const Nv12& frame, QSize size, Stance stance) {
 
 // --- backdrop ---------------------------------------------------------------------------------
 
-/// Takes the frame's light in.
+/// Blends the frame's light in.
 void Backdrop::see(const Nv12& frame) {
   const int height = std::clamp(backdrop_width * frame.height / frame.width, 2, 4 * backdrop_width);
   std::array<std::uint8_t, std::size_t{backdrop_width} * (4 * backdrop_width + 1) * 2> planes;
@@ -144,7 +144,7 @@ void Backdrop::see(const Nv12& frame) {
   }
 }
 
-/// What was seen, each pixel the mean of its neighbourhood, darkened and turned.
+/// The accumulated light, each pixel averaged with its neighborhood, darkened and turned.
 QImage Backdrop::blurred(Stance stance) const {
   constexpr int reach = 2;
   QImage image(width_, height_, QImage::Format_RGB32);

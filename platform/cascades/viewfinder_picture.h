@@ -1,6 +1,6 @@
 #pragma once
 
-// From a camera's frame to an image of the size in which it is shown. Plain functions and one converter, without a
+// Turns a camera's frame into an image of the size in which it is shown. Plain functions and one converter, without a
 // window.
 
 #include <QImage>
@@ -23,7 +23,7 @@ struct Nv12 {
   int width, height;
 };
 
-/// How a picture stands on the display: mirrored left to right first, turned clockwise then.
+/// A picture's stance on the display: first mirrored left to right, then turned clockwise.
 struct Stance {
   int angle;  ///< 0, 90, 180 or 270
   bool mirror;
@@ -33,16 +33,16 @@ struct Stance {
 };
 
 /// The stance of a picture that the stream turns by `stream_rotation`, then the window mirrors and turns by
-/// `window_rotation`, on a display that shows it to somebody who holds the handset turned by `direction`. Frames are
-/// upright as they come: no camera here turns with the handset. All in degrees, clockwise.
+/// `window_rotation`, on a display seen by somebody who holds the handset turned by `direction`. Frames arrive upright:
+/// no camera here turns with the handset. All in degrees, clockwise.
 Stance stance_of(int window_rotation, bool mirror, int stream_rotation, int direction);
 
-/// Where a picture of a size stands in an item: whole and in its proportions, in the middle; or all over the item,
-/// where the two shapes differ so little that stretching disturbs less than bars do.
+/// Where a picture goes in an item: whole, centered and in proportion; or filling the item if the shapes differ so
+/// little that stretching is less noticeable than bars.
 QRectF place_of(QSizeF picture, QSizeF item);
 
-/// Makes images of frames. The images are the converter's own memory, used again as soon as nobody else holds them:
-/// as long as at most two of a size are held, converting allocates nothing. One thread at a time.
+/// Converts frames to images. The images use the converter's own memory, recycled once nobody else holds them: with at
+/// most two of a size held, converting allocates nothing. One thread at a time.
 class PictureConverter {
  public:
   /// @param size  of the image, after turning
@@ -50,7 +50,7 @@ class PictureConverter {
   QImage convert(const Nv12& frame, QSize size, Stance stance);
 
  private:
-  /// Memory that grows when it must.
+  /// Memory that grows as needed.
   struct Scratch {
     std::vector<std::uint8_t> bytes;
     std::uint8_t* of(std::size_t size);
@@ -74,9 +74,9 @@ class PictureConverter {
 /// picture with some inertia, so that cuts and flicker do not flash. One thread at a time.
 class Backdrop {
  public:
-  /// @param size  of the image; its shape is filled, what is too much is cut off
+  /// @param size of the image; its shape is filled and the excess cropped
   QImage follow(const Nv12& frame, QSize size, Stance stance);
-  /// The next picture has nothing to do with the last one.
+  /// Resets the inertia: the next picture is unrelated to the last.
   void forget() { light_ = {}; }
 
  private:
@@ -85,7 +85,7 @@ class Backdrop {
 
   int width_ = 0;
   int height_ = 0;
-  std::vector<float> light_;  ///< width_ * height_ of B, G, R
+  std::vector<float> light_;  ///< width_ * height_ triples of B, G, R
 };
 
 }  // namespace handset

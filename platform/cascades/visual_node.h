@@ -1,7 +1,7 @@
 #pragma once
 
-// What all visible controls have in common. They are Qt Quick items: state and interface are here in C++, the look is
-// in a QML document of the same name under qml/. Everything in this folder is for the UI thread.
+// Common base of all visible controls. They are Qt Quick items: state and interface are here in C++, the look is in a
+// QML document of the same name under qml/. Everything in this folder is for the UI thread.
 
 #include <QQuickItem>
 
@@ -10,8 +10,7 @@ namespace bb::cascades {
 class GestureHandler;
 class GestureRecognizer;
 
-/// A node of the scene. Visibility is QQuickItem's: isVisible() is false as well while a node around this one is
-/// hidden.
+/// A node of the scene. Visibility is QQuickItem's: isVisible() is also false while an enclosing node is hidden.
 class VisualNode : public QQuickItem {
   Q_OBJECT
 
@@ -27,13 +26,13 @@ class Control : public VisualNode {
  public:
   explicit Control(QQuickItem* parent = nullptr);
 
-  /// Pixels of the display; 0: none asked for, the control fills what is there for it.
+  /// Display pixels; 0 if not set: the control fills the available space.
   float preferredWidth() const { return preferred_width_; }
   void setPreferredWidth(float width);
   float preferredHeight() const { return preferred_height_; }
   void setPreferredHeight(float height);
 
-  /// The handler becomes this control's child and sees what happens on the control where nothing on top takes it.
+  /// The handler becomes this control's child and sees what happens on the control unless something on top takes it.
   void addGestureHandler(GestureHandler* handler);
 
  Q_SIGNALS:
