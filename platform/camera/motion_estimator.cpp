@@ -13,8 +13,7 @@ constexpr int smallest_side = 160;            ///< no further levels once the lo
 
 constexpr int search_radius = 6;
 constexpr int search_width = 2 * search_radius + 1;
-constexpr double step_price =
-    0.004;  ///< per pixel of displacement, in tile votes: of two candidates prefers the shorter
+constexpr double step_price = 0.004;  ///< tile votes per pixel of displacement: prefers the shorter of two
 
 constexpr int grid_columns = 8;
 constexpr int grid_rows = 6;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the application may know about its handset. From the device profile.
+// What the application may know about its handset, from the device profile.
 
 #include <QSize>
 #include <QString>
@@ -15,7 +15,7 @@ class DisplayInfo {
 
 class HardwareInfo {
  public:
-  /// Hexadecimal, with 0x in front.
+  /// Hexadecimal, prefixed with 0x.
   QString pin() const;
   bool isPhysicalKeyboardDevice() const;
 };

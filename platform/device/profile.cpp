@@ -16,7 +16,7 @@ using Setter = bool (*)(DeviceProfile&, const std::string&);
 struct Key {
   const char* group;
   const char* name;
-  Setter set;  ///< false for a value out of its range
+  Setter set;  ///< returns false if the value is out of range
 };
 
 bool parse_int(const std::string& text, int low, int high, int& out) {
@@ -69,7 +69,7 @@ const Key* find_key(std::string_view group, std::string_view name) {
   return nullptr;
 }
 
-/// @return a complaint, empty when all is well
+/// @return an error message, empty if all is well
 std::string apply(GKeyFile* file, const std::string& group, const std::string& name, DeviceProfile& profile) {
   const Key* key = find_key(group, name);
   if (key == nullptr) return "unknown key \"" + name + "\" in [" + group + "]";

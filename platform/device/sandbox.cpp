@@ -15,7 +15,7 @@ namespace {
 
 std::string special_dir(GUserDirectory which, const char* fallback) {
   const char* path = g_get_user_special_dir(which);
-  // Without a user-dirs file some systems answer with the home folder itself.
+  // Without a user-dirs file some systems return the home folder itself.
   if (path != nullptr && std::strcmp(path, g_get_home_dir()) != 0) return path;
   return std::string(g_get_home_dir()) + "/" + fallback;
 }
@@ -44,7 +44,7 @@ int make_link(const std::string& target, const std::string& link) {
   return error ? report("link", link, error.value()) : 0;
 }
 
-/// Keeps a file of the user's home that libraries look for there where the environment does not name it.
+/// Preserves a file in the user's home that libraries look for there unless the environment names it.
 void keep_from_home(const char* variable, const char* name) {
   const char* home = std::getenv("HOME");
   if (home == nullptr || *home == '\0') return;
@@ -99,7 +99,7 @@ int enter_sandbox(const std::string& package_dir) {
   setenv("XDG_DATA_HOME", dirs.data.c_str(), 1);
   setenv("XDG_CACHE_HOME", dirs.cache.c_str(), 1);
   setenv("XDG_STATE_HOME", dirs.state.c_str(), 1);
-  // Without these, X11 servers and session managers may turn the program away.
+  // Without these, X11 servers and session managers may reject the program.
   keep_from_home("XAUTHORITY", ".Xauthority");
   keep_from_home("ICEAUTHORITY", ".ICEauthority");
   setenv("HOME", (root + "/data").c_str(), 1);

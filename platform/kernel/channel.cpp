@@ -25,7 +25,7 @@ bool received_later(const queued_pulse& a, const queued_pulse& b) {
   return a.priority != b.priority ? a.priority < b.priority : a.sequence > b.sequence;
 }
 
-/// A bounded priority queue of pulses. Its room is part of the object, so nothing allocates later.
+/// A bounded priority queue of pulses. Storage is part of the object, so nothing allocates later.
 class channel {
  public:
   int send(const pulse_t& pulse, int priority) {
@@ -58,7 +58,7 @@ class channel {
   }
 
  private:
-  std::mutex mutex_;  ///< guards everything below but arrived_; nothing else is locked while it is held
+  std::mutex mutex_;  ///< guards everything below except arrived_; no other lock is taken while it is held
   std::array<queued_pulse, channel_capacity> heap_{};
   std::size_t size_ = 0;
   std::uint64_t sequence_ = 0;
@@ -66,7 +66,7 @@ class channel {
   std::condition_variable arrived_;
 };
 
-/// All channels and connections by id. One counter gives both kinds their ids, and it never goes back.
+/// All channels and connections by id. A single counter, never reset, numbers both kinds.
 class registry {
  public:
   int add_channel() {
@@ -101,7 +101,7 @@ class registry {
     return find_locked(chid);
   }
 
-  /// @return null with `error` EBADF (no such connection) or ESRCH (its channel is gone)
+  /// @return null, with `error` EBADF (no such connection) or ESRCH (its channel is gone)
   std::shared_ptr<channel> find_peer(int coid, int* error) {
     const std::lock_guard lock(mutex_);
     const auto connection = connections_.find(coid);
@@ -130,7 +130,7 @@ class registry {
   int next_id_ = 1;
 };
 
-/// Never destroyed: threads may still wait on their channels while the process exits.
+/// Never destroyed: threads may still wait on their channels during exit.
 registry& all() {
   static registry& instance = *new registry;
   return instance;

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// "bluetooth" of a line DEVTYPE=bluetooth; empty without one.
+/// "bluetooth" from a line DEVTYPE=bluetooth; empty for other lines.
 std::string read_devtype(const fs::path& uevent) {
   constexpr std::string_view key = "DEVTYPE=";
   std::ifstream file(uevent);
@@ -38,8 +38,8 @@ bool is_tunnel(const interface_traits_s& traits) {
   return traits.tunnel || traits.devtype == "wireguard" || std::ranges::count(types, traits.hardware_type) > 0;
 }
 
-/// A telephone that shares its connection, by the drivers of USB's own network classes. Adapters and docks with a
-/// driver of their own are ordinary sockets for a cable. In doubt it is a telephone, whose owner pays for the traffic.
+/// A phone sharing its connection, recognized by the drivers of USB's own network classes. Adapters and docks with
+/// their own driver are ordinary Ethernet ports. In doubt assume a phone, whose owner pays for the traffic.
 bool is_tethered(const interface_traits_s& traits) {
   constexpr std::array<std::string_view, 7> drivers = {"",           "cdc_eem", "cdc_ether", "cdc_ncm",
                                                        "cdc_subset", "ipheth",  "rndis_host"};
@@ -61,13 +61,13 @@ interface_traits_s read_interface_traits(const std::string& root, const std::str
 }
 
 netstatus_interface_type_t interface_kind(const interface_traits_s& traits) {
-  // Modems speak raw IP, which looks like a tunnel, and often sit on USB; radios may sit on USB too.
+  // Modems speak raw IP, which looks like a tunnel, and often sit on USB; Wi-Fi radios may sit on USB too.
   if (traits.devtype == "wwan" || traits.hardware_type == ARPHRD_RAWIP) return NETSTATUS_INTERFACE_TYPE_CELLULAR;
   if (traits.wireless || traits.devtype == "wlan") return NETSTATUS_INTERFACE_TYPE_WIFI;
   if (traits.devtype == "bluetooth") return NETSTATUS_INTERFACE_TYPE_BLUETOOTH_DUN;
   if (is_tunnel(traits)) return NETSTATUS_INTERFACE_TYPE_VPN;
   if (is_tethered(traits)) return NETSTATUS_INTERFACE_TYPE_USB;
-  // Bridges, bonds and the ends of a container's cable as well: whatever they lead to, it is an Ethernet.
+  // Also bridges, bonds and the ends of container links: whatever they lead to, they are Ethernet.
   if (traits.hardware_type == ARPHRD_ETHER) return NETSTATUS_INTERFACE_TYPE_WIRED;
   return NETSTATUS_INTERFACE_TYPE_UNKNOWN;
 }

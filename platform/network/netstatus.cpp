@@ -24,7 +24,7 @@ struct netstatus_interface_details_s {
 
 namespace {
 
-/// Empty for an address of another family, and for one that is of no use beyond the cable.
+/// Empty for an address of another family or of link-local scope.
 std::string address_text(const sockaddr* address, int family) {
   if (address == nullptr || address->sa_family != family) return {};
   const void* bytes = nullptr;

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Addresses of the Internet that are nobody's: what leads there is the default route. Nothing is sent to them.
+// Reserved Internet addresses: the route to them is the default route. Nothing is sent there.
 constexpr const char* probe_v4 = "203.0.113.1";
 constexpr const char* probe_v6 = "2000::1";
 
@@ -38,8 +38,8 @@ Request make_request(int family, const char* destination) {
   return request;
 }
 
-/// A copy of the T at an offset that may be unaligned.
-/// @return false beyond the end
+/// Copies the T at a possibly unaligned offset.
+/// @return false past the end
 template <typename T>
 bool read_at(std::span<const std::byte> bytes, std::size_t offset, T* out) {
   if (offset > bytes.size() || bytes.size() - offset < sizeof(T)) return false;
@@ -47,7 +47,7 @@ bool read_at(std::span<const std::byte> bytes, std::size_t offset, T* out) {
   return true;
 }
 
-/// @return 0: no such route
+/// @return 0 if there is no such route
 int ask(int netlink, int family, const char* destination) {
   const Request request = make_request(family, destination);
   if (send(netlink, &request, request.header.nlmsg_len, 0) < 0) return 0;
@@ -77,7 +77,7 @@ int default_interface(std::string* name) {
   name->clear();
   const int netlink = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
   if (netlink < 0) return EIO;
-  // The kernel answers while the request is sent; an emulated one might not answer at all.
+  // The kernel answers during the send; an emulated one might not answer at all.
   const timeval patience{.tv_sec = 1, .tv_usec = 0};
   setsockopt(netlink, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   int index = ask(netlink, AF_INET, probe_v4);

@@ -33,11 +33,11 @@ struct screen_context_s {
 namespace {
 
 constexpr int largest_side = 16384;
-/// Rows begin at a multiple of this, with some room between them, as in graphics memory: who forgets the stride finds
-/// out early.
+/// Rows begin at a multiple of this, with some padding as in graphics memory, so that code that forgets the stride
+/// fails early.
 constexpr int row_alignment = 64;
 
-/// Everything that a handle may stand for. Never destroyed: windows may outlive static objects.
+/// Everything a handle may refer to. Never destroyed: windows may outlive static objects.
 struct Registry {
   std::vector<std::unique_ptr<screen_context_s>> contexts;
   std::vector<screen_window_t> windows;
@@ -85,8 +85,8 @@ bool lies(int width, int height) {
   return width > height;
 }
 
-/// The picture in the buffer's size, in 0xAARRGGBB. One that stands where the buffer lies, or the other way round, is
-/// turned first: squeezed, nothing in it would keep its shape.
+/// The picture at the buffer's size, in 0xAARRGGBB. If one is portrait and the other landscape, the picture is turned
+/// first, since squeezing would distort it.
 QImage fitted(QImage picture, int width, int height) {
   const bool square = picture.width() == picture.height() || width == height;
   if (!square && lies(picture.width(), picture.height()) != lies(width, height)) {
@@ -128,7 +128,7 @@ int screen_destroy_context(screen_context_t context) {
 
 int screen_flush_context(screen_context_t context, int) {
   if (!registry().has(context)) return refuse();
-  const std::vector<screen_window_t> windows = registry().windows;  // a window may go away while it is told
+  const std::vector<screen_window_t> windows = registry().windows;  // a window may go away during a callback
   for (const screen_window_t window : windows) {
     if (registry().has(window) && window->context == context && window->changed) window->changed();
   }

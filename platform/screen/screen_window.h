@@ -1,13 +1,13 @@
 #pragma once
 
-// How a part of the handset layer offers a window to screen.h.
+// How part of the handset layer exposes a window to screen.h.
 
 #include <QImage>
 #include <functional>
 
 #include "platform/screen/screen.h"
 
-/// What stands behind a screen_window_t. A handle is known to screen.h as long as this object lives. UI thread.
+/// The object behind a screen_window_t. screen.h knows the handle as long as this object lives. UI thread.
 struct screen_window_s {
   screen_window_s();
   screen_window_s(const screen_window_s&) = delete;
@@ -18,6 +18,6 @@ struct screen_window_s {
   bool mirror = false;
   int zorder = 0;
   screen_context_t context = nullptr;
-  std::function<void()> changed;  ///< called after a property has changed and at a flush of the context; may be empty
-  std::function<QImage()> read;   ///< what the window shows now; empty where a window cannot be read
+  std::function<void()> changed;  ///< called after a property changes and when the context is flushed; may be empty
+  std::function<QImage()> read;   ///< what the window shows now; empty if it cannot be read
 };

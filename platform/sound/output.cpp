@@ -17,7 +17,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds remembered{10};
 
 struct Finder {
-  /// Guards everything here; not held while a device is looked for.
+  /// Guards everything here; not held during the device search.
   std::mutex mutex;
   std::condition_variable changed;
   std::string setting = "auto";
@@ -26,13 +26,13 @@ struct Finder {
   bool looking = false;
 };
 
-/// Never destroyed: a search that a sound server holds up may last longer than the program.
+/// Never destroyed: a search blocked by a sound server may outlast the program.
 Finder& finder() {
   static Finder& only = *new Finder;
   return only;
 }
 
-/// ALSA complains at length on the error stream about a machine without sound cards; it is not asked there.
+/// ALSA prints pages of errors on a machine without sound cards, so do not ask it there.
 bool has_alsa_playback() {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator("/dev/snd", error)) {
@@ -42,7 +42,7 @@ bool has_alsa_playback() {
   return false;
 }
 
-/// A sink becomes ready when it has opened its device.
+/// A sink becomes ready once it has opened its device.
 bool opens(const std::string& description) {
   const ElementPtr sink =
       ElementPtr::adopt(gst_parse_launch_full(description.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, nullptr));
@@ -52,7 +52,7 @@ bool opens(const std::string& description) {
   return opened;
 }
 
-/// Not GStreamer's own choice, which ends with sinks that only seem to play.
+/// Not GStreamer's own choice, which falls back to sinks that only pretend to play.
 std::string find_output() {
   gst_init(nullptr, nullptr);
   for (const char* sink : {"pulsesink client-name=Morvane", "alsasink"}) {

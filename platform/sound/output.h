@@ -7,14 +7,14 @@
 
 namespace handset {
 
-/// GStreamer's description of the sink to play on; empty where there is no sound device. The answer is remembered for
-/// ten seconds. A sound server that does not answer within `patience` counts as none.
+/// GStreamer's description of the sink to play on; empty if there is no sound device. The result is cached for ten
+/// seconds. A sound server that does not answer within `patience` counts as none.
 std::string sound_output(std::chrono::milliseconds patience = std::chrono::milliseconds(300));
 
-/// The sink failed while it played: there is none for the next ten seconds.
+/// Reports that the sink failed while playing: there is none for the next ten seconds.
 void lose_sound_output();
 
-/// Instead of looking for a device: a sink's description, or "none". "auto" looks again.
+/// Overrides the device search: a sink's description, or "none". "auto" searches again.
 void set_sound_output(const std::string& output);
 
 }  // namespace handset

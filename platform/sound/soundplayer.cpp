@@ -27,22 +27,22 @@ using std::chrono::milliseconds;
 constexpr milliseconds longest_sound{1500};
 constexpr std::array<std::string_view, 2> names = {"event_recording_start", "event_recording_stop"};
 
-/// What the threads that play share with those that ask for sounds.
+/// Shared by the playing threads and the callers.
 struct Player {
   /// Guards everything here; held for bookkeeping only.
   std::mutex mutex;
   std::condition_variable changed;
-  unsigned newest = 0;  ///< number of the sound that may be heard; 0 again never
+  unsigned newest = 0;  ///< number of the sound that may be heard; never 0 again
   int threads = 0;
 };
 
-/// Never destroyed: a device may hold a thread for longer than the program runs.
+/// Never destroyed: a device may hold a thread after the program ends.
 Player& player() {
   static Player& only = *new Player;
   return only;
 }
 
-/// Ends what plays when the program ends, and gives it a moment to let go of the device.
+/// Stops playback at exit, and gives it a moment to release the device.
 struct AtExit {
   ~AtExit() {
     std::unique_lock lock(player().mutex);
@@ -56,7 +56,7 @@ bool still_wanted(unsigned number) {
   return player().newest == number;
 }
 
-/// @return empty when there is no such sound
+/// @return empty if there is no such sound
 std::string sound_file(const char* name) {
   if (name == nullptr || std::find(names.begin(), names.end(), name) == names.end()) return {};
   const std::string path = find_package_dir() + "/native/assets/sounds/" + name + ".wav";
@@ -95,11 +95,11 @@ int play(const std::string& path, unsigned number) {
 
 /// What a blocking caller waits for.
 struct Ending {
-  bool over = false;  ///< guarded by the player's mutex, as result is
+  bool over = false;  ///< guarded by the player's mutex, like result
   int result = 0;
 };
 
-/// Starts a thread that plays the file. A device that hangs holds that thread and nobody else.
+/// Starts a thread that plays the file. A hanging device blocks only that thread.
 std::shared_ptr<Ending> start(std::string path) {
   static const AtExit at_exit;
   auto ending = std::make_shared<Ending>();

@@ -19,7 +19,7 @@ QString Card::title() const {
 }
 
 void Card::close() {
-  // The caller may be an item of the card's document, which goes with the card.
+  // The caller may be an item of the card's document, which is destroyed with the card.
   QMetaObject::invokeMethod(
       this, [this] { finish(QStringLiteral("closed")); }, Qt::QueuedConnection);
 }

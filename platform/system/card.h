@@ -7,7 +7,7 @@
 
 namespace handset {
 
-/// What is opened over the scene to show a file. Closes once and deletes itself then. UI thread.
+/// A card over the scene that shows a file. Closes once, then deletes itself. UI thread.
 class Card : public QObject {
   Q_OBJECT
   Q_PROPERTY(QUrl document READ document CONSTANT)
@@ -15,21 +15,21 @@ class Card : public QObject {
   Q_PROPERTY(QString message READ message NOTIFY messageChanged)
 
  public:
-  /// @param document  name of the QML document that draws the card
+  /// @param document name of the QML document that draws the card
   Card(const QString& document, const QString& path, QObject* parent);
-  /// Takes the card off the stage.
+  /// Removes the card from the stage.
   ~Card() override;
 
   QUrl document() const { return document_; }
   QString path() const { return path_; }
   /// The file's name.
   QString title() const;
-  /// Why the file is not shown; empty while it is.
+  /// Why the file is not shown; empty if it is.
   QString message() const { return message_; }
 
-  /// What the user does: soon after the call the card is gone.
+  /// Closes at the user's request: the card is gone soon after the call.
   Q_INVOKABLE void close();
-  /// Takes the card off the stage, stops it and reports it done before it returns; nothing the second time.
+  /// Removes the card from the stage, stops it and reports it done before returning; does nothing the second time.
   void finish(const QString& reason);
 
  Q_SIGNALS:
@@ -38,7 +38,7 @@ class Card : public QObject {
 
  protected:
   void set_message(const QString& message);
-  /// Whatever the card keeps busy is let go of, since the one that hears it is done may want it.
+  /// Releases whatever the card uses, since the listener of its end may need it.
   virtual void stop() {}
 
  private:

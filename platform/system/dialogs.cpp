@@ -12,7 +12,7 @@ using handset::Stage;
 
 int toast_milliseconds(const QString& text) {
   constexpr qsizetype noticing = 1500;
-  constexpr qsizetype per_character = 60;  // an unhurried reader's two hundred words a minute
+  constexpr qsizetype per_character = 60;  // two hundred words a minute, for an unhurried reader
   return static_cast<int>(std::clamp<qsizetype>(noticing + per_character * text.size(), 2500, 6000));
 }
 
@@ -50,13 +50,13 @@ void SystemDialog::setBody(const QString& body) {
 
 SystemUiResult::Type SystemDialog::exec() {
   if (loop_ || QCoreApplication::instance() == nullptr) return SystemUiResult::Error;
-  const QPointer<SystemDialog> self(this);  // whatever runs in the loop may delete the dialog
+  const QPointer<SystemDialog> self(this);  // the event loop may delete the dialog
   QEventLoop loop;
   loop_ = &loop;
   result_ = SystemUiResult::None;
   Stage::instance()->open_dialog(this);
   loop.exec(QEventLoop::DialogExec);
-  // Still open: the application ends, which ends every loop.
+  // Still open: the application is ending, which ends every loop.
   if (self) finish(SystemUiResult::Error);
   return self ? result_ : SystemUiResult::Error;
 }

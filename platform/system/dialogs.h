@@ -1,6 +1,6 @@
 #pragma once
 
-// Toasts and dialogs. Everything here is for the UI thread.
+// Toasts and dialogs. UI thread only.
 
 #include <QEventLoop>
 #include <QObject>
@@ -16,10 +16,10 @@ class SystemUiResult {
   Q_ENUM(Type)
 };
 
-/// How long a toast is shown so that it can be read: 2500 to 6000, by its length.
+/// How long to show a toast so that it can be read: 2500 to 6000 ms, depending on its length.
 int toast_milliseconds(const QString& text);
 
-/// A line of text that goes away by itself. Several wait for each other.
+/// A line of text that disappears by itself. Several are shown in turn.
 class SystemToast : public QObject {
   Q_OBJECT
   Q_PROPERTY(QString body READ body WRITE setBody NOTIFY bodyChanged)
@@ -38,7 +38,7 @@ class SystemToast : public QObject {
   QString body_;
 };
 
-/// A modal question. Enter confirms; Esc cancels, or confirms where there is no cancel button.
+/// A modal question. Enter confirms; Esc cancels, or confirms if there is no cancel button.
 class SystemDialog : public QObject {
   Q_OBJECT
   Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY textChanged)
@@ -61,8 +61,8 @@ class SystemDialog : public QObject {
   QString cancelLabel() const { return cancel_label_; }
   SystemUiResult::Type result() const { return result_; }
 
-  /// Shows the dialog and runs an event loop until it is closed. The result is Error when the application ends or the
-  /// dialog is deleted meanwhile, and, at once, for a dialog that is open already.
+  /// Shows the dialog and runs an event loop until it is closed. The result is Error if the application ends or the
+  /// dialog is deleted meanwhile, or at once if the dialog is already open.
   SystemUiResult::Type exec();
 
   Q_INVOKABLE void confirm();

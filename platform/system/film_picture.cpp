@@ -19,7 +19,7 @@ constexpr int max_side = 1920;
 const std::string frame_caps =
     std::string("video/x-raw,format=NV12,pixel-aspect-ratio=1/1,colorimetry=") + frame_colorimetry;
 
-/// Lives as long as its bin. All of it belongs to the streaming thread.
+/// Lives as long as its bin. Streaming thread only.
 struct PictureSink {
   std::function<void(const Frame&)> deliver;
   GstElement* filter = nullptr;  ///< in the bin
@@ -56,7 +56,7 @@ GstFlowReturn PictureSink::take(SamplePtr sample) {
   BufferPtr picture = BufferPtr::share(gst_sample_get_buffer(sample.get()));
   sample.reset();
   if (limited_range) {
-    // A decoder or the sink may still read it.
+    // A decoder or the sink may still be reading it.
     GstBuffer* buffer = picture.get();
     if (!gst_buffer_is_writable(buffer) || !gst_buffer_is_all_memory_writable(buffer))
       picture = BufferPtr::adopt(gst_buffer_copy_deep(buffer));
@@ -95,7 +95,7 @@ int even(double length) {
 PictureSize shown_size(int width, int height, int par_numerator, int par_denominator, int max) {
   double w = width;
   double h = height;
-  // Oblong pixels are stretched, so that no detail is lost.
+  // Non-square pixels are stretched, so that no detail is lost.
   if (par_numerator > par_denominator) w = w * par_numerator / par_denominator;
   if (par_numerator < par_denominator) h = h * par_denominator / par_numerator;
   const double scale = std::min(1.0, max / std::max(w, h));
@@ -104,7 +104,7 @@ PictureSize shown_size(int width, int height, int par_numerator, int par_denomin
 
 ElementPtr make_film_picture_sink(std::function<void(const Frame&)> deliver, std::string* error) {
   GError* problem = nullptr;
-  // A sink that tells the decoder when it is late lets it skip pictures instead of falling behind the sound.
+  // A sink that reports lateness lets the decoder skip pictures instead of falling behind the sound.
   const std::string description =
       "videoconvertscale name=convert add-borders=false n-threads=2 ! capsfilter name=filter caps=" + frame_caps +
       " ! videoflip video-direction=auto ! " + "appsink name=sink max-buffers=1 qos=true enable-last-sample=false";

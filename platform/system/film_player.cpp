@@ -25,17 +25,17 @@ constexpr std::chrono::seconds start_patience{10};
 constexpr GstClockTime tick = 100 * GST_MSECOND;
 constexpr std::int64_t last_picture = 100 * GST_MSECOND;
 
-/// GstPlayFlags: video and audio, without the converter that playbin would put before the picture's sink.
+/// GstPlayFlags: video and audio, without the converter that playbin would insert before the video sink.
 constexpr int play_flags = 0x1 | 0x2 | 0x40;
 
-/// Opening anything else than a regular file may wait forever, or do things.
+/// Opening anything but a regular file may block forever or have side effects.
 std::string reason_against(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return "there is no such file";
   return S_ISREG(status.st_mode) ? "" : "it is no file";
 }
 
-/// The streams that carry a description of their colours.
+/// The streams that carry their own color description.
 void on_demuxed_pad(GstElement*, GstPad* pad, gpointer) {
   const CapsPtr caps = CapsPtr::adopt(gst_pad_get_current_caps(pad));
   if (!caps) return;
@@ -52,7 +52,7 @@ void on_element(GstBin*, GstBin*, GstElement* element, gpointer) {
 
 }  // namespace
 
-/// What the player and its thread share, and what belongs to the thread.
+/// State shared by the player and its thread, and the thread's own.
 class FilmPlayer::Run {
  public:
   Run(std::string path, std::shared_ptr<ViewfinderSlot> slot) : path_(std::move(path)), slot_(std::move(slot)) {}
@@ -81,23 +81,23 @@ class FilmPlayer::Run {
   const std::string path_;
   const std::shared_ptr<ViewfinderSlot> slot_;
 
-  /// Guards what follows, up to the thread's own; held while a picture or a wake-up is posted, and never during a call
-  /// into GStreamer that may wait.
+  /// Guards the following members, up to the thread's own; held while posting a picture or a wake-up, never during a
+  /// GStreamer call that may block.
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   Status status_;
   bool playing_ = true;
-  std::int64_t wanted_position_ = -1;  ///< to seek to; -1 none
+  std::int64_t wanted_position_ = -1;  ///< seek target; -1 if none
   bool closing_ = false;
   bool over_ = false;
   BusPtr bus_;
 
-  // The thread's own.
+  // Used by the thread only.
   ElementPtr pipeline_;
   ElementPtr sound_;
   bool silent_ = false;   ///< the sound device has failed
-  bool plays_ = true;     ///< the pipeline's own state
-  bool started_ = false;  ///< the first picture is there
+  bool plays_ = true;     ///< the pipeline's state
+  bool started_ = false;  ///< the first picture has arrived
   Clock::time_point begun_ = Clock::now();
   Clock::time_point seeking_until_{};
 };
@@ -117,7 +117,7 @@ void FilmPlayer::Run::set_playing(bool playing) {
 
 void FilmPlayer::Run::seek(std::int64_t position) {
   const std::lock_guard lock(mutex_);
-  if (status_.duration <= 0) return;  // not known: there is no place to go to
+  if (status_.duration <= 0) return;  // unknown: there is nowhere to seek
   wanted_position_ = std::clamp<std::int64_t>(position, 0, status_.duration);
   status_.position = wanted_position_;
   wake();
@@ -184,7 +184,7 @@ bool FilmPlayer::Run::build() {
   return true;
 }
 
-/// @return false when there is nothing more to do
+/// @return false if there is nothing more to do
 bool FilmPlayer::Run::step() {
   const auto types = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS | GST_MESSAGE_ASYNC_DONE |
                                                  GST_MESSAGE_APPLICATION);
@@ -216,7 +216,7 @@ bool FilmPlayer::Run::take(GstMessage* message) {
   }
 }
 
-/// A sound device that fails leaves a silent film; whatever else fails is the end.
+/// If the sound device fails, the film goes on silently; any other failure ends it.
 bool FilmPlayer::Run::take_error(GstMessage* message) {
   const bool of_sound = gst_object_has_as_ancestor(GST_MESSAGE_SRC(message), GST_OBJECT(sound_.get()));
   if (of_sound && !silent_) {
@@ -236,7 +236,7 @@ bool FilmPlayer::Run::take_error(GstMessage* message) {
   return false;
 }
 
-/// Does what the player wants by now.
+/// Carries out the player's latest requests.
 bool FilmPlayer::Run::obey() {
   std::int64_t position = -1;
   bool playing;
@@ -256,9 +256,9 @@ bool FilmPlayer::Run::obey() {
 
 void FilmPlayer::Run::seek_now(std::int64_t position) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
-  // At the very end there is no picture any more.
+  // At the very end there is no picture left.
   const std::int64_t last = std::max<std::int64_t>(0, status().duration - last_picture);
-  // Arriving is a message. One that never comes must not keep the user from going elsewhere.
+  // Completion is a message. If it never arrives, the user must still be able to seek elsewhere.
   if (gst_element_seek_simple(pipeline_.get(), GST_FORMAT_TIME, flags, std::min(position, last)))
     seeking_until_ = Clock::now() + std::chrono::seconds(1);
 }

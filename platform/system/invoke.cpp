@@ -10,7 +10,7 @@
 #include "platform/system/picture_card.h"
 #include "platform/system/video_card.h"
 
-// At file scope: the macro declares a function of the global namespace.
+// At file scope: the macro declares a function in the global namespace.
 static void init_resources() {
   Q_INIT_RESOURCE(cards);
 }
@@ -68,7 +68,7 @@ InvokeTargetReply* InvokeManager::invoke(const InvokeRequest& request) {
   if (!request.uri().isLocalFile()) return refuse("this is no file URI", request.uri().toString());
   register_documents();
   if (open) {
-    // Whoever opens a second card is not done with the first.
+    // Opening a second card does not mean being done with the first.
     disconnect(open, &Card::done, this, nullptr);
     open->finish(QStringLiteral("replaced"));
   }

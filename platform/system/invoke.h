@@ -1,6 +1,6 @@
 #pragma once
 
-// Handing a file to a card: videos are played, pictures shown. Everything here is for the UI thread.
+// Passes a file to a card: videos are played, pictures shown. UI thread only.
 
 #include <QObject>
 #include <QPointer>
@@ -24,9 +24,9 @@ class InvokeRequest {
  public:
   QUrl uri() const { return uri_; }
   void setUri(const QUrl& uri) { uri_ = uri; }
-  /// After "file://" stands a path as the file system has it, in which nothing is encoded.
+  /// "file://" is followed by the raw file-system path, with nothing encoded.
   void setUri(const char* uri);
-  /// Empty: the platform chooses by the file's kind.
+  /// If empty, the platform chooses by file type.
   QString target() const { return target_; }
   void setTarget(const QString& target) { target_ = target; }
   QString action() const { return action_; }
@@ -53,15 +53,15 @@ class InvokeManager : public QObject {
   explicit InvokeManager(QObject* parent = nullptr);
   ~InvokeManager() override;
 
-  /// Opens the card for the request: "sys.pictures.card.previewer" shows a picture; without a target a picture is
-  /// shown and any other file played. A file that is missing or broken opens a card that says so. An open card is
-  /// closed first, and reported done if another manager opened it.
-  /// @return null, after one line on the error stream, when there is no such target or the URI is no file URI;
-  ///         otherwise a reply, a child of this manager until it is given another parent
+  /// Opens the card for the request: "sys.pictures.card.previewer" shows a picture; without a target a picture is shown
+  /// and any other file played. For a missing or broken file the card says so. An open card is closed first, and
+  /// reported done if another manager opened it.
+  /// @return null, after one line on stderr, if there is no such target or the URI is not a file URI; otherwise a
+  /// reply, a child of this manager until it is given another parent
   InvokeTargetReply* invoke(const InvokeRequest& request);
 
  Q_SIGNALS:
-  /// A card that this manager opened has been closed.
+  /// A card opened by this manager has closed.
   void childCardDone(const bb::system::CardDoneMessage& message);
 };
 

@@ -32,7 +32,7 @@ QString reason_for_nothing(const QString& path) {
 }  // namespace
 
 PictureCard::PictureCard(const QString& path, QObject* parent) : Card(QStringLiteral("PictureCard.qml"), path, parent) {
-  // A watcher forgets its future when the card goes first; QFuture::then() of Qt 6.4 may not lose its context.
+  // A watcher forgets its future if the card is destroyed first; Qt 6.4's QFuture::then() must not lose its context.
   auto* const watcher = new QFutureWatcher<QImage>(this);
   connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] { take(watcher->result()); });
   const auto promise = std::make_shared<QPromise<QImage>>();

@@ -7,14 +7,14 @@
 
 namespace handset {
 
-/// Shows a picture, which is read and decoded on a thread of its own.
+/// Shows a picture, read and decoded on its own thread.
 class PictureCard : public Card {
   Q_OBJECT
   Q_PROPERTY(QImage image READ image NOTIFY imageChanged)
 
  public:
   PictureCard(const QString& path, QObject* parent);
-  /// At most `max_side` pixels wide and high; null until it is read.
+  /// At most `max_side` pixels wide and high; null until loaded.
   QImage image() const { return image_; }
 
   static constexpr int max_side = 2560;
@@ -27,7 +27,7 @@ class PictureCard : public Card {
   QImage image_;
 };
 
-/// Draws an image whole, in its proportions and as large as the item allows, in the item's middle.
+/// Draws an image whole, centered, in proportion and as large as the item allows.
 class PictureView : public QQuickItem {
   Q_OBJECT
   Q_PROPERTY(QImage image READ image WRITE setImage NOTIFY imageChanged)

@@ -11,11 +11,11 @@ namespace handset {
 
 namespace {
 
-/// How often times and end are looked at.
+/// How often to check the times and the end.
 constexpr std::chrono::milliseconds period{100};
 constexpr std::int64_t nanoseconds_per_millisecond = 1'000'000;
 
-/// One of each card's own: the item of the card before may still listen to its window.
+/// Unique per card: the previous card's item may still listen to its window.
 QString new_window_id() {
   static int cards = 0;
   return QStringLiteral("videoCard%1").arg(++cards);

@@ -8,8 +8,8 @@
 
 namespace handset {
 
-/// Plays a film from its beginning and closes at its end. Its pictures are what a ForeignWindowControl with `windowId`
-/// shows, upright however the handset is held. Times are milliseconds.
+/// Plays a film from the start and closes at its end. A ForeignWindowControl with `windowId` shows its pictures,
+/// upright however the handset is held. Times are milliseconds.
 class VideoCard : public Card {
   Q_OBJECT
   Q_PROPERTY(QString windowId READ windowId CONSTANT)
@@ -23,11 +23,11 @@ class VideoCard : public Card {
   QString windowId() const { return window_id_; }
   bool isPlaying() const { return playing_; }
   int position() const { return position_; }
-  /// 0 while it is not known.
+  /// 0 while unknown.
   int duration() const { return duration_; }
 
   Q_INVOKABLE void togglePlaying();
-  /// Goes to a time; one outside the film is its beginning or end.
+  /// Seeks to a time, clamped to the film.
   Q_INVOKABLE void seek(int position);
 
  Q_SIGNALS:
