@@ -1,8 +1,8 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The action menu: one card with a list, over everything else on the page. A tap beside it closes it. Which list it
-// shows is the program's business; `heading` is its name where it is not the main one.
+// The action menu: one card with a list, over everything else on the page. A tap outside closes it. The program decides
+// which list it shows; `heading` is the list's name unless it is the main one.
 Container {
     id: menu
 
@@ -11,7 +11,7 @@ Container {
     required property bool atRight
     property string heading: ""
     property string markedTitle: ""
-    // The filter that was chosen last; the program begins with none.
+    // The filter chosen last; initially none.
     property string filterTitle: "Normal"
 
     signal chosen(var indexPath, string title)
@@ -22,12 +22,12 @@ Container {
         slide.play();
     }
 
-    // At the main list again.
+    // Back at the main list.
     function enterMain() {
         enter("", "");
     }
 
-    // At the list that a row of the main one leads to. The row's own title is the current scene's or mode's.
+    // In a submenu. The row's own title is the current scene or mode.
     function enterList(row, title, size) {
         enter(["Color Filters", "", "Default Textures", "Screen Size", "", "Scene", "Mode"][row] ?? "",
               [filterTitle, "", "", size, "", title, title][row] ?? "");

@@ -1,7 +1,7 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The edge with the record button in its middle, and the menu and the last film at its ends.
+// The edge with the record button in its middle and the menu and the last film at its ends.
 Item {
     id: bar
 
@@ -30,7 +30,7 @@ Item {
         }
     }
 
-    // A place at the start, in the middle or at the end of the bar: 0, 1, 2.
+    // The place at the start, in the middle or at the end of the bar: 0, 1, 2.
     component Place: Item {
         required property int at
         readonly property real share: (2 * at + 1) / 6

@@ -1,7 +1,7 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The colour that the mixer gives to the whole picture, as its two chroma components, 0 to 255.
+// The color that the mixer gives the whole picture, as its two chroma components, 0 to 255.
 Container {
     id: mixer
 
@@ -10,7 +10,7 @@ Container {
     signal changed(int component, real value)
     signal closed()
 
-    // Chroma to a colour of medium brightness, full-range BT.601.
+    // Converts chroma to a color of medium brightness, full-range BT.601.
     function rgb(u, v) {
         const luma = 150;
         const part = value => Math.max(0, Math.min(255, value)) / 255;

@@ -1,7 +1,7 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The filter that keeps a color, as a button that shows and hides how much it keeps. The program puts in the icon.
+// The filter that keeps a color: a button that shows and hides how much it keeps. The program sets the icon.
 Item {
     id: effect
 

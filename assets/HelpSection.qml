@@ -1,13 +1,13 @@
 import QtQuick
 import bb.cascades 1.0
 
-// A heading, a text of one or more paragraphs, and a table of what is named and what it does.
+// A heading, one or more paragraphs of text, and a table of names and their meanings.
 Column {
     id: section
 
     required property string title
     property string text: ""
-    // Pairs: a name, and what there is to say about it.
+    // Pairs of a name and its description.
     property var entries: []
 
     width: parent ? parent.width : 0

@@ -1,7 +1,7 @@
 import QtQuick
 import bb.cascades 1.0
 
-// What is not needed while filming, at the upper right corner. A tap beside it closes it.
+// What is not needed while filming, in the upper right corner. A tap outside closes it.
 FocusScope {
     id: more
 
@@ -26,14 +26,14 @@ FocusScope {
         visible = false;
     }
 
-    // To the next row, or the one before, and around.
+    // To the next or previous row, wrapping around.
     function move(by) {
         const rows = Array.prototype.filter.call(column.children, row => row.enabled);
         const at = rows.findIndex(row => row.activeFocus);
         rows[(at + by + rows.length) % rows.length].forceActiveFocus(Qt.TabFocusReason);
     }
 
-    // Looks for pictures once somebody may want one.
+    // Looks for pictures only once somebody may want one.
     Loader {
         id: last
         readonly property string path: item ? item.path : ""

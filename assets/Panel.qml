@@ -1,13 +1,13 @@
 import QtQuick
 import bb.cascades 1.0
 
-// A panel over the picture, as high as what is in it. Its title, and a way to close it.
+// A panel over the picture, as high as its content, with a title and a close button.
 Item {
     id: panel
 
     required property string title
     default property alias content: column.data
-    // Beside the title.
+    // Next to the title.
     property alias sample: sample.data
 
     signal closed()
@@ -19,7 +19,7 @@ Item {
         radius: Theme.radius
         color: Theme.overlay
 
-        // Touching between the sliders is not a tap on the viewfinder.
+        // A touch between the sliders is not a tap on the viewfinder.
         MouseArea {
             anchors.fill: parent
             hoverEnabled: true

@@ -1,8 +1,8 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The settings sheet. The program fills it when it opens, and reads it when it is saved. What does not apply is hidden
-// while the user edits, too: the stamp's colour and place without a stamp, the texture's colours without a texture.
+// The settings sheet. The program fills it when it opens, and reads it when it is saved. What does not apply is hidden,
+// even while the user edits: the stamp's color and place without a stamp, the texture's colors without a texture.
 Sheet {
     id: sheet
 

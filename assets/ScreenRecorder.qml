@@ -1,17 +1,17 @@
 import QtQuick
 import bb.cascades 1.0
 
-// Says that the camera is the screen, and leads back to the lens.
+// Shows that the camera is the screen, and leads back to the lens.
 Container {
     id: recorder
 
     required property bool recording
     property bool active: false
-    // The first picture of the screen is still to come.
+    // The first picture of the screen has not arrived yet.
     property bool awaited: false
 
     signal stopClicked()
-    // There is no picture of the screen, and no other one.
+    // There is no picture of the screen, nor any other.
     signal failed()
 
     function begin() {
@@ -22,7 +22,7 @@ Container {
         refusal.stop();
     }
 
-    // The program has tried to open the screen: its first picture is there, or there will be none.
+    // Opening the screen has finished: its first picture is there, or there will be none.
     function opened() {
         if (awaited)
             patience.start();
@@ -55,7 +55,7 @@ Container {
         }
     }
 
-    // While it runs, what has become of the screen stands here.
+    // While it runs, this shows what has become of the screen.
     Timer {
         id: refusal
         interval: 5000
@@ -82,7 +82,7 @@ Container {
         onClicked: recorder.stopClicked()
     }
 
-    // The clock of the recording needs the room.
+    // The recording's clock needs the room.
     Label {
         id: name
         x: (stop.visible ? stop.width : Theme.spacingSmall) + Theme.spacingSmall

@@ -1,8 +1,8 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The main screen. The program shows and hides the controls that have object names by itself, so nothing here is bound
-// to their `visible`; what depends on them reads it.
+// The main screen. The program itself shows and hides the controls that have object names, so nothing here binds their
+// `visible`; what depends on them reads it.
 NavigationPane {
     id: pane
 
@@ -51,13 +51,13 @@ NavigationPane {
             _mainApp.setScreenSize();
         }
 
-        // Not from under a list, whose choices are not meant for a recording.
+        // Not from under a list, whose choices do not apply to a recording.
         function toggleRecording() {
             if (!menu.visible && !more.visible)
                 _mainApp.onStartStopRecording();
         }
 
-        // The first tap after a filter was chosen may only move other controls out of the way of the slider.
+        // The first tap after choosing a filter may only move other controls out of the slider's way.
         function closePanels() {
             _mainApp.onTap(null);
             if (tolerance.visible)
@@ -70,7 +70,7 @@ NavigationPane {
             recorder.opened();
         }
 
-        // The camera comes back with the end of the film, and not before.
+        // The camera comes back when the film ends, and not before.
         function play() {
             if (recorder.awaited)
                 recorder.end();
@@ -115,7 +115,7 @@ NavigationPane {
             onAttached: recorder.cameraStarted()
         }
 
-        // Out of the keyboard's reach while a list lies over them.
+        // Out of the keyboard's reach while a list covers them.
         Item {
             anchors.fill: parent
             enabled: !menu.visible && !more.visible

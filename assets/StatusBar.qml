@@ -1,12 +1,11 @@
 import QtQuick
 import bb.cascades 1.0
 
-// The upper edge: the size of the film, the clock of a recording, badges of what is switched on, and the way to
-// everything else.
+// The upper edge: the film's size, the recording clock, badges for what is switched on, and the way to everything else.
 Item {
     id: bar
 
-    // The size is one of the lens cameras'.
+    // The size belongs to a lens camera.
     required property bool sizeShown
     readonly property bool recording: clock.visible
     readonly property alias sizeText: size.text
@@ -42,7 +41,7 @@ Item {
                 objectName: "screenImg"
                 preferredWidth: Theme.touch
                 preferredHeight: Theme.touch
-                // Set with the pictures of the light: what it is at the camera in use.
+                // Set together with the light's pictures: what the light is on the current camera.
                 property bool lightIsLamp: false
                 readonly property string lightName: lightIsLamp ? qsTr("Video light") : qsTr("Brighten the picture")
                 accessibleName: bar.recording ? lightName : qsTr("Size of the film: %1").arg(size.text)
@@ -64,13 +63,13 @@ Item {
     Container {
         id: clock
         objectName: "RecordContainer"
-        // In the middle, or as near to it as the badges let it.
+        // Centered, or as close as the badges allow.
         x: Math.min((parent.width - width) / 2, badges.x - Theme.spacing - width)
         y: Theme.spacing
         width: dot.width + time.implicitWidth + 2 * Theme.spacingLarge + Theme.spacing
         height: Theme.touch
         visible: false
-        // The first second of the next recording shows what stands here.
+        // The first second of the next recording still shows this.
         onVisibleChanged: if (!visible) time.text = "00:00"
 
         Ground {}

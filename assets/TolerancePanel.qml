@@ -1,7 +1,7 @@
 import QtQuick
 import bb.cascades 1.0
 
-// How far a hue may be from the one that is kept. At 1 the hues could not be told apart, so the slider ends before.
+// How far a hue may be from the kept one. At 1 hues could not be told apart, so the slider ends before.
 Container {
     id: tolerance
 

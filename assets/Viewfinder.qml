@@ -1,17 +1,17 @@
 import QtQuick
 import bb.cascades 1.0
 
-// What the camera sees, and what can lie over it: the private cover, a cover while a film is played, and on top of both
-// the area that feels taps and pinches. The program puts the viewfinder's window into the camera container.
+// What the camera sees, and what can cover it: the private cover, a cover while a film is played, and on top the area
+// that senses taps and pinches. The program puts the viewfinder's window into the camera container.
 Item {
     id: viewfinder
 
     readonly property bool covered: cover.visible
-    // Where the controls along the edges leave off.
+    // Where the controls along the edges end.
     property int freeWidth: width
     property int freeHeight: height
 
-    // A camera has posted its first picture since it was opened.
+    // The camera has posted its first picture since it was opened.
     signal attached()
 
     Rectangle {
@@ -22,7 +22,7 @@ Item {
     Container {
         id: camera
 
-        // The control that the program adds.
+        // The control added by the program.
         property var window: null
 
         objectName: "cameraContainer"
@@ -77,7 +77,7 @@ Item {
         }
     }
 
-    // What the recording lacks: at the lower edge, where no face is.
+    // What the recording lacks: at the lower edge, where there are no faces.
     Pill {
         id: status
         objectName: "statusPill"

@@ -12,7 +12,7 @@ using namespace bb::cascades;
 
 namespace {
 
-/// Of the list of sizes, which opens without the status area above it; pixels.
+/// Of the size list, which opens without the status area above it; pixels.
 constexpr float list_top_padding = 10.0F;
 
 void open_size_list(tarnelApp* app) {

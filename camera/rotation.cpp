@@ -8,7 +8,7 @@ int opposite(int angle) {
   return (360 - angle) % 360;
 }
 
-/// @return false when the camera's video cannot have the wanted angle
+/// @return false if the camera's video does not support the wanted angle
 bool choose_stream_angles(rotation_state_s* state, const rotation_inputs_s& inputs) {
   if (!inputs.camera_open) {
     state->mVfAngle = 0;
@@ -22,7 +22,7 @@ bool choose_stream_angles(rotation_state_s* state, const rotation_inputs_s& inpu
   return true;
 }
 
-/// Items are separated by blanks, as the debug log does it.
+/// Separates items by blanks, like the debug log.
 std::string angles_text(const rotation_state_s& state) {
   return "WIN: " + std::to_string(state.mWindowAngle) + " VF: " + std::to_string(state.mVfAngle) +
          " VID: " + std::to_string(state.mVideoAngle) + " MIRROR: " + (state.mMirror ? "true" : "false");

@@ -1,6 +1,6 @@
 #pragma once
 
-// The scene modes that the user can choose from.
+// The scene modes offered to the user.
 
 #include <array>
 
@@ -13,7 +13,7 @@ struct scene_row_s {
 };
 
 inline constexpr int scene_count = 5;
-/// The default, and the one row that shows no icon on the viewfinder.
+/// The default, and the only row that shows no icon on the viewfinder.
 inline constexpr int scene_auto = 4;
 
 inline constexpr scene_row_s scene_table[scene_count] = {
@@ -36,7 +36,7 @@ inline constexpr auto _supported_scene_modes = scene_column(&scene_row_s::mode);
 inline constexpr auto _menuSceneIconNames = scene_column(&scene_row_s::title);
 inline constexpr auto _menuSceneIcons = scene_column(&scene_row_s::icon);
 
-/// The index, or scene_auto for one outside the table.
+/// The index, or scene_auto if it is outside the table.
 constexpr int scene_or_auto(int index) {
   return index >= 0 && index < scene_count ? index : scene_auto;
 }

@@ -15,16 +15,16 @@ using namespace bb::cascades;
 
 namespace {
 
-/// Handed to the status callback, which has no use for it.
+/// Passed to the status callback, which ignores it.
 void* const status_argument = reinterpret_cast<void*>(std::intptr_t{123});
 
-/// @return false when the camera has no sizes
+/// @return false if the camera has no sizes
 bool choose_size(tarnelApp* app) {
   std::int32_t& stored = resolution_field(app->mSettings, app->mCameraUnit);
   const std::optional<int> index = choose_resolution(app->mCameraUnit, stored, app->resolutions());
   if (!index) return false;
   app->mResolutionIndex = *index;
-  // A choice that this camera's list is too short for is kept for the camera that has it.
+  // A choice beyond this camera's list is kept for the camera that it was made for.
   if (app->mCameraUnit != CAMERA_UNIT_DESKTOP && stored < static_cast<int>(app->resolutions().size())) stored = *index;
   return true;
 }
@@ -51,7 +51,7 @@ void read_initial_angles(tarnelApp* app) {
   }
 }
 
-/// What depends on the camera alone, before its streams run.
+/// Setup that depends on the camera alone, before its streams run.
 void configure_camera(tarnelApp* app, const camera_res_t& size) {
   const int width = static_cast<int>(size.width);
   const int height = static_cast<int>(size.height);
@@ -82,8 +82,8 @@ int start_streams(camera_handle_t handle, const camera_res_t& size, const QByteA
   return failed;
 }
 
-/// What is done once the camera runs.
-/// @return 0, or an errno value when no frame would be edited
+/// Setup once the camera runs.
+/// @return 0, or an errno value if no frame would be edited
 int enter_running(tarnelApp* app) {
   app->apply_stored_scene();
   if (app->mSettings.lastVideoPath[0] != '\0') set_visible(app->control<Container>("playContainer"), true);
@@ -105,7 +105,7 @@ bool start_lens(tarnelApp* app, camera_unit_t unit) {
   const ForeignWindowControl& window = *app->mViewfinderWindow;
   if (app->createViewfinder(unit, window.windowGroup(), window.windowId()) != 0) return false;
   qDebug().noquote() << "created viewfinder";
-  // The stamp was placed for the frames of the camera before. Before the first one there is none, nor its glyph sheet.
+  // The stamp was placed for the previous camera's frames. Before the first one there is none, nor its glyph sheet.
   const bool drawn_before = datetime_image.enabled || !app->mDatetimeImage.isNull();
   if (time_format(app->mSettings) > 0 && drawn_before) app->generate_datetime();
   return true;
@@ -114,7 +114,7 @@ bool start_lens(tarnelApp* app, camera_unit_t unit) {
 }  // namespace
 
 int tarnelApp::createViewfinder(camera_unit_t unit, const QString& group, const QString& id) {
-  // Opening the desktop may ask its user first, and timers go on meanwhile.
+  // Opening the desktop may ask its user first, while timers keep running.
   static bool opening = false;
   if (mCameraHandle != CAMERA_HANDLE_INVALID || opening) {
     qDebug().noquote() << "camera already running";
@@ -154,7 +154,7 @@ void tarnelApp::onStartFront() {
 void tarnelApp::onStopCamera() {
   kill_thread();
   if (mCameraHandle == CAMERA_HANDLE_INVALID) return;
-  // The recording that ends with the camera would have had it off, and cannot any more.
+  // The recording that ends with the camera would have switched it off, and no longer can.
   if (mVideoFd != -1 && mLightOn) handleFlashLightAction();
   camera_close(mCameraHandle);
   mCameraHandle = CAMERA_HANDLE_INVALID;
@@ -162,10 +162,10 @@ void tarnelApp::onStopCamera() {
 }
 
 void tarnelApp::status_callback(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg) {
-  if (handle != mHandle) return;  // of a camera that was closed meanwhile
+  if (handle != mHandle) return;  // from a camera closed meanwhile
   filter_status_callback(handle, status, extra, arg);
   if (status != CAMERA_STATUS_RESOURCES_REVOKED) return;
-  // The film is complete: clock and stop button are not to go on without one.
+  // The film is complete: clock and stop button must not stay on without one.
   QMetaObject::invokeMethod(
       QCoreApplication::instance(),
       [handle] {
@@ -179,7 +179,7 @@ void tarnelApp::reopen_camera() {
   const auto* const film = control<Container>("videoContainer");
   const bool film_is_shown = film && film->isVisible();
   if (mVideoFd != -1 || film_is_shown) return;
-  if (mMenuMode == menu_sizes) hide_menu();  // they are the other camera's
+  if (mMenuMode == menu_sizes) hide_menu();  // they belong to the other camera
   const int width = _screen_wid;
   const int height = _screen_hi;
   const bool light_was_on = mLightOn;

@@ -8,7 +8,7 @@ namespace {
 constexpr float no_ratio = -1.0F;
 constexpr double steps_per_ratio = 10.0;
 constexpr int levels_per_step = 4;
-/// Far beyond any camera's levels; what is computed from it is still an int.
+/// Far beyond any camera's levels, yet arithmetic on it still fits an int.
 constexpr double max_steps = 1e7;
 
 }  // namespace

@@ -8,7 +8,7 @@ struct zoom_state_s {
   int mZoom = 0;                   ///< level last sent, kept across cameras
   bool mPinching = false;          ///< there has been a pinch start
   float mPinchStartRatio = -1.0F;  ///< ratio of the pinch's first update; -1: none yet
-  int last_zoom = 0;               ///< levels that this pinch has added
+  int last_zoom = 0;               ///< levels added by this pinch
   bool busy = false;               ///< between a pinch's start and its end; the slots copy it to _busy
 
   bool operator==(const zoom_state_s&) const = default;
@@ -22,14 +22,13 @@ struct zoom_limits_s {
 
 struct zoom_update_s {
   zoom_state_s state;
-  std::optional<int> level;  ///< to be sent to the camera
+  std::optional<int> level;  ///< to send to the camera
 };
 
 zoom_state_s pinch_start(zoom_state_s state);
 
-/// @param ratio  distance of the fingers in terms of the distance at the start; anything but a finite number is
-///               ignored
+/// @param ratio distance of the fingers relative to the start; non-finite values are ignored
 zoom_update_s pinch_update(zoom_state_s state, float ratio, const zoom_limits_s& limits);
 
-/// Also for a pinch that is cancelled: the level that it has reached stays.
+/// Also for a canceled pinch: the level reached stays.
 zoom_state_s pinch_end(zoom_state_s state);

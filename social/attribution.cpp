@@ -12,12 +12,12 @@ namespace {
 
 constexpr char application_id[] = "kobrisk-app4b7e21c90d3fa";
 constexpr char confirmation[] = "success";
-/// Properties of a reply, whose body is not kept: whether what came of it confirms, and its end so far.
+/// Properties of a reply whose body is not kept: whether it contained the confirmation, and its last bytes.
 constexpr char confirmed_property[] = "confirmed";
 constexpr char end_property[] = "end";
 constexpr qint64 read_buffer_size = 64 * 1024;
 
-/// Looks at what has come since. The word may lie across two pieces.
+/// Scans newly arrived data. The word may straddle two pieces.
 void read_on(QNetworkReply& reply) {
   const QByteArray piece = reply.property(end_property).toByteArray() + reply.readAll();
   if (piece.contains(confirmation)) reply.setProperty(confirmed_property, true);
@@ -51,7 +51,7 @@ QByteArray attribution_url(const QByteArray& host, const attribution_report_s& r
 
 bool names_nobody(const QByteArray& host) {
   QByteArray name = '.' + host.split(':').first().toLower();
-  if (name.endsWith('.')) name.chop(1);  // the root, spelt out
+  if (name.endsWith('.')) name.chop(1);  // the root, spelled out
   return name.endsWith(".invalid");
 }
 

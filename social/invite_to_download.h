@@ -12,10 +12,10 @@ class InviteToDownload : public QObject {
   Q_OBJECT
 
  public:
-  /// @param context  has to outlive the first invitation
+  /// @param context must outlive the first invitation
   explicit InviteToDownload(bb::platform::bbm::Context& context, QObject* parent = nullptr);
 
-  /// Asks the platform to show its invitation screen. One that it refuses is not reported.
+  /// Asks the platform to show its invitation screen. A refusal is not reported.
   Q_INVOKABLE void sendInvite();
 
  public Q_SLOTS:
@@ -24,5 +24,5 @@ class InviteToDownload : public QObject {
 
  private:
   bb::platform::bbm::Context* context_;
-  bb::platform::bbm::MessageService* message_service_ = nullptr;  ///< a child, made for the first invitation
+  bb::platform::bbm::MessageService* message_service_ = nullptr;  ///< a child, created for the first invitation
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-// The application's registration with the messaging platform. Whatever comes of it, the application runs the same; the
-// outcome is logged and kept to be read. Everything here is for the UI thread.
+// The application's registration with the messaging platform. The application runs the same whatever the outcome, which
+// is logged and stored. UI thread only.
 
 #include <QObject>
 #include <QString>
@@ -9,13 +9,13 @@
 
 #include "platform/bbm/bbm.h"
 
-/// What a registration state means once the registration has finished.
+/// What a registration state means once registration has finished.
 struct registration_outcome_s {
-  const char* message;   ///< for the user, to be translated by RegistrationHandler
-  bool temporary_error;  ///< may change by itself, or when it is tried again
+  const char* message;   ///< user-visible, translated by RegistrationHandler
+  bool temporary_error;  ///< may change by itself or on a retry
 };
 
-/// @param state  as RegistrationState::Type; may be a number that the type does not know
+/// @param state a RegistrationState::Type; may be a number that the type does not know
 registration_outcome_s registration_outcome(int state);
 
 class RegistrationHandler : public QObject {
@@ -35,16 +35,16 @@ class RegistrationHandler : public QObject {
   bool isTemporaryError() const { return temporary_error_; }
 
  public Q_SLOTS:
-  /// Starts the registration. To be called once.
+  /// Starts the registration. Call once.
   void registerApplication();
   void processRegistrationStatus(bb::platform::bbm::RegistrationState::Type state);
   /// Does nothing.
   void finishRegistration() {}
 
  Q_SIGNALS:
-  /// One of the properties has changed, or several at once.
+  /// One or more properties have changed.
   void stateChanged();
-  /// Access has become allowed.
+  /// Access is now allowed.
   void registered();
 
  private:

@@ -22,7 +22,7 @@ void tarnelApp::bbmFinishRegister() {
   mRegistrationHandler->finishRegistration();
   mInvite = new InviteToDownload(mRegistrationHandler->context(), this);
   if (mSettings.firstRunHintShown) return;
-  // Comes back when the alert has been closed; other slots run meanwhile.
+  // Returns once the alert is closed; other slots run meanwhile.
   showAlert(first_run_hint);
   mSettings.firstRunHintShown = 1;
   save_settings();
