@@ -1,7 +1,6 @@
 #pragma once
 
-// The application object on a fake camera: a sandbox of the test's own, a main screen without a look, and the error
-// stream read back.
+// The application object on a fake camera: its own sandbox, a main screen without a look, and stderr captured.
 
 #include <gtest/gtest.h>
 
@@ -14,8 +13,8 @@
 
 class AppTest : public testing::Test {
  protected:
-  /// Enters the sandbox: working directory, HOME, a package whose QML documents are those of tests/application/package
-  /// and whose other files are the built ones'. Engine and camera are as at the program's start.
+  /// Enters the sandbox: working directory, HOME, a package with the QML documents of tests/application/package and the
+  /// built package's other files. Engine and camera are as at program start.
   AppTest();
   ~AppTest() override;
 
@@ -26,27 +25,27 @@ class AppTest : public testing::Test {
   /// Destroys it.
   void end();
 
-  /// What the action writes to the error stream.
+  /// Returns what the action prints on stderr.
   static std::string errors_of(const std::function<void()>& action);
-  /// Runs the event loop until the condition holds; false when it does not within some seconds.
+  /// Runs the event loop until the condition holds; false after some seconds.
   static bool wait_until(const std::function<bool()>& condition);
   /// Runs the event loop for a time.
   static void wait_for(int milliseconds);
 
-  /// A control of the main screen, which has to have it.
+  /// A control that the main screen must have.
   template <typename T>
   T& on_page(const char* name) const {
     T* const found = app->control<T>(name);
     EXPECT_NE(found, nullptr) << name;
     return *found;
   }
-  /// Takes a control off the main screen.
+  /// Removes a control from the main screen.
   void remove(const char* name) const;
 
-  /// The record as the file has it.
+  /// The record as stored in the file.
   static PrefsRecord stored_settings();
 
   const TempDir sandbox;
-  PrefsRecord settings;  ///< as a new file's, but for the hints of the first start, which have been given
+  PrefsRecord settings;  ///< as in a new file, except that the first start's hints have been given
   std::unique_ptr<tarnelApp> app;
 };

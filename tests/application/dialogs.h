@@ -1,6 +1,6 @@
 #pragma once
 
-// A user who answers the dialogs that come up.
+// A user who answers dialogs.
 
 #include <QPointer>
 #include <functional>
@@ -25,8 +25,8 @@ inline void dismiss(bb::system::SystemDialog&) {
   handset::Stage::instance()->go_back();
 }
 
-/// While it lives, answers the dialogs that open, from the event loop, one after the other; those after the last answer
-/// are dismissed.
+/// While alive, answers dialogs as they open, one after another, from the event loop; dismisses those after the last
+/// answer.
 class Answers : public QObject {
  public:
   explicit Answers(std::vector<Answer> answers) : answers_(std::move(answers)) {

@@ -36,7 +36,7 @@ struct unit_s {
   bool lamp = false;  ///< its light is one
 };
 
-/// Closes everything; the units are as above, the rear one has a light, nothing fails, the journal is empty.
+/// Closes everything and resets: the units are as above, the rear one has a light, nothing fails, the journal is empty.
 void reset();
 /// Takes effect when the unit is opened next.
 unit_s& unit(camera_unit_t unit);
@@ -45,28 +45,28 @@ unit_s& unit(camera_unit_t unit);
 void fail(const std::string& call, int error, int from = 1);
 /// Such calls answer with these, in order, and succeed after the last one.
 void answer(const std::string& call, std::vector<int> results);
-/// Runs in every such call, on its thread, after it was written down; no lock is held.
+/// Runs in every such call, on its thread, after it was logged; no lock is held.
 void on_call(const std::string& call, std::function<void()> action);
 
-/// Takes the camera's resources away: calls the status callback on a thread of its own and returns when it has.
+/// Revokes the camera's resources: calls the status callback on a separate thread and returns when it has.
 void revoke();
 
-/// Tells the application that a unit is worth being opened anew, as the service does for a camera that comes back.
+/// Tells the application that reopening a unit is worthwhile, as the service does for a camera that comes back.
 void offer(camera_unit_t unit);
 
 /// Posts a picture to the viewfinder that is running, as the camera does for every frame.
 void post_frame();
 /// Announces a frame for editing; 0, or the errno value of the pulse. Its luma and chroma are 128.
 int announce();
-/// Waits until so many frame pairs have come back; false after 20 s.
+/// Waits until that many frame pairs have been returned; false after 20 s.
 bool wait_returned(int pairs);
-/// The bytes of the frame as it is after the edits, luma first.
+/// The frame's bytes after the edits, luma first.
 std::vector<std::uint8_t> frame();
 
 /// Adds a line to the journal, for other fakes.
 void write_down(const std::string& line);
 std::vector<std::string> journal();
-/// The journal without the questions, which are the lines that start with "get_" and "has_".
+/// The journal without the queries, which are the lines that start with "get_" and "has_".
 std::vector<std::string> commands();
 void clear_journal();
 

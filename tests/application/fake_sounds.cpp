@@ -1,4 +1,4 @@
-// System sounds that go into the camera's journal instead of a loudspeaker.
+// System sounds that are logged in the camera's journal instead of played.
 
 #include "platform/sound/soundplayer.h"
 #include "tests/application/fake_camera_service.h"

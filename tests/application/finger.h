@@ -9,12 +9,12 @@
 
 namespace finger {
 
-/// Whatever can be tapped: shown, enabled, with its middle within the window.
+/// Whether an item can be tapped: shown, enabled, with its center inside the window.
 std::vector<QQuickItem*> targets();
-/// The topmost shown button with this text; null when there is none.
+/// The topmost shown button with this text; null if none.
 QQuickItem* button(const QString& text);
 
-/// Presses and lets go of the left button, in the window's coordinates or in an item's middle.
+/// Presses and releases the left button, at a window position or in an item's center.
 void tap(QPointF point);
 void tap(QQuickItem* item);
 /// Turns the wheel with Ctrl held: a pinch.

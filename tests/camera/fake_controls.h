@@ -1,6 +1,6 @@
 #pragma once
 
-// A camera of controls alone, as a script describes it, for the code that talks to the kernel. Any thread.
+// A camera with nothing but scripted controls, for the code that talks to the kernel. Any thread.
 
 #include <condition_variable>
 #include <cstdint>
@@ -30,7 +30,7 @@ FakeControl boolean(std::int32_t value);
 /// @param entries  the last one is the maximum
 FakeControl menu(std::map<std::int64_t, std::int64_t> entries, std::int32_t value, bool integers = false);
 
-/// A webcam as they mostly are: automatic exposure and focus, gain, backlight compensation.
+/// A typical webcam: automatic exposure and focus, gain, backlight compensation.
 std::map<std::uint32_t, FakeControl> webcam();
 
 /// Outlives its handles, as a camera outlives a program. Focus and exposure time are inactive while they are governed.
@@ -38,21 +38,21 @@ class FakeCamera {
  public:
   explicit FakeCamera(std::map<std::uint32_t, FakeControl> description = {}) : controls(std::move(description)) {}
 
-  std::map<std::uint32_t, FakeControl> controls;  ///< not to be touched while somebody talks to the camera
+  std::map<std::uint32_t, FakeControl> controls;  ///< do not touch while somebody talks to the camera
   std::function<void()> before_set;               ///< runs before every setting, with no lock held
 
-  /// A handle on it, as opening its node gives one.
+  /// A handle to it, as from opening its node.
   handset::ControlDevices open();
 
   void unplug(bool gone);
   std::int32_t value(std::uint32_t id) const;
   /// The camera moves a control by itself.
   void move(std::uint32_t id, std::int32_t value);
-  /// What was set so far, in order; forgotten by asking.
+  /// The settings made so far, in order; asking clears them.
   std::vector<std::pair<std::uint32_t, std::int32_t>> take_log();
   /// Waits until a control has the value; false after 10 s.
   bool wait_value(std::uint32_t id, std::int32_t value);
-  /// Waits until a control was set so often; false after 10 s.
+  /// Waits until a control was set that many times; false after 10 s.
   bool wait_tried(std::uint32_t id, int times);
 
  private:

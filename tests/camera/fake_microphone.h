@@ -6,14 +6,14 @@
 
 #include "platform/camera/gst_ptr.h"
 
-/// What becomes of every `fakemicrophone`, a GStreamer element that sounds like an audiotestsrc and can be told to be
-/// late, to fail and to hang. There is one; it is never destroyed, since microphones may be left behind.
+/// Controls every `fakemicrophone`, a GStreamer element that sounds like an audiotestsrc and can be made late, to fail
+/// and to hang. A singleton, never destroyed, since microphones may be abandoned.
 class FakeMicrophone {
  public:
   /// The one, ready to be used as "gst:fakemicrophone is-live=true".
   static FakeMicrophone& instance();
 
-  /// As new. Releases what hangs.
+  /// Resets everything. Releases what hangs.
   void reset();
   void set_opening_time(int milliseconds);
   void set_broken(bool broken);
@@ -26,7 +26,7 @@ class FakeMicrophone {
   int closed() const;
   /// Time of the last one's first block, CLOCK_MONOTONIC nanoseconds.
   std::int64_t delivering_since() const;
-  /// The one that is open is unplugged.
+  /// Unplugs the one that is open.
   void unplug();
   void set_volume(double volume);
 

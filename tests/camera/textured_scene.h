@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-/// A luma picture of a scene that a camera looks at from places that the test chooses: soft spots of many sizes and
-/// grays, and sensor noise on top, so that where the content is in a picture is known and not measured.
+/// A luma picture of a scene seen by a camera from places that the test chooses: soft spots of many sizes and grays
+/// plus sensor noise, so that the content's position is known, not measured.
 class TexturedScene {
  public:
   /// @param reach  pixels that the content may be displaced by, either way

@@ -1,7 +1,7 @@
 #pragma once
 
-// A program that links allocation_counter.cpp has a malloc that counts what chosen threads ask for. Not
-// for sanitizer builds, which bring a malloc of their own.
+// A program that links allocation_counter.cpp has a malloc that counts the requests of chosen threads. Not for
+// sanitizer builds, which have their own malloc.
 
 #include <atomic>
 #include <cstddef>

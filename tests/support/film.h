@@ -30,7 +30,7 @@ struct Film {
   std::int64_t sound_ns = 0;  ///< length of the sound
   double sound_peak = 0;      ///< largest sample, 0..1
   std::vector<float> levels;  ///< the same for each 10 ms
-  std::string error;          ///< empty when the film plays to its end
+  std::string error;          ///< empty if the film plays to its end
 };
 
 /// Plays a film's picture with GStreamer's demuxer and decoder.
@@ -38,10 +38,10 @@ Film play(const std::string& path);
 /// Plays its sound and adds what it heard.
 void play_sound(const std::string& path, Film* film);
 
-/// Number of pictures that ffprobe decodes; -1 when it complains about anything.
+/// Number of pictures that ffprobe decodes; -1 if it reports any error.
 int count_with_ffprobe(const std::string& path);
 
-/// What ffprobe says of a rotation that a player is to give the pictures; empty for none.
+/// The rotation that ffprobe reports for the pictures; empty if none.
 std::string rotation_with_ffprobe(const std::string& path);
 
 /// Top-level boxes of an MP4 file, in order.

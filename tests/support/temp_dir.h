@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// A folder of a test's own, removed with everything in it.
+/// A test's own folder, removed with everything in it.
 class TempDir {
  public:
   TempDir();

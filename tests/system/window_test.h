@@ -8,7 +8,7 @@
 
 #include "tests/support/temp_dir.h"
 
-/// The handset's window, without a display, and folders of the test program's own. One application lives as long as the
+/// The handset's window, without a display, and the test program's own folders. One application lives as long as the
 /// program.
 class WindowTest : public testing::Test {
  protected:
@@ -16,11 +16,11 @@ class WindowTest : public testing::Test {
 
   /// What the program takes for the user's home.
   static const std::string& home();
-  /// Runs the event loop until the condition holds; false when it does not within some seconds.
+  /// Runs the event loop until the condition holds; false after some seconds.
   static bool wait_until(const std::function<bool()>& condition, int patience_ms = 20000);
   static void wait_for(int milliseconds);
-  /// Presses and lets go, as the window gets it.
+  /// Sends a press and a release through the window.
   static void press(Qt::Key key, const QString& text = {});
-  /// What the action writes to the error stream.
+  /// Returns what the action prints on stderr.
   static std::string errors_of(const std::function<void()>& action);
 };

@@ -1,4 +1,4 @@
-// A main screen with everything that the application looks for, and no look.
+// A main screen with everything that the application looks for, but without a look.
 import bb.cascades 1.0 as Handset
 import bb.cascades.state 1.0
 
