@@ -33,8 +33,8 @@ class OrientationSupport : public QObject {
   DisplayDirection::Type displayDirection() const { return direction_; }
   UIOrientation::Type orientation() const;
 
-  /// Turns the handset: changes displayDirection and lays the display out again, then emits orientationAboutToChange.
-  /// Ignores an invalid direction.
+  /// Turns the handset: changes displayDirection, then emits orientationAboutToChange; the display is laid out again
+  /// after that. Ignores an invalid direction.
   Q_INVOKABLE void turnTo(int direction);
 
  Q_SIGNALS:
