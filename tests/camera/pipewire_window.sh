@@ -1,7 +1,9 @@
 #!/bin/bash
-# The window follows PipeWire's cameras: one that comes while there is none, one that goes, one that comes back.
-# Usage: pipewire_window.sh MORVANE
+# The window follows PipeWire's cameras: one that comes while there is none, one that goes, one that comes back, and one
+# whose computer was asleep.
+# Usage: pipewire_window.sh MORVANE [ASLEEP]
 program=$1
+asleep=${2:-}
 . "$(dirname "$0")/pipewire_session.sh"
 
 start_camera() {
@@ -12,7 +14,7 @@ start_camera() {
 # at_least N TEXT: the program has written it so often
 at_least() { [ "$(grep -c "$2" "$dir/window.log")" -ge "$1" ]; }
 
-"$program" >"$dir/window.log" 2>&1 &
+LD_PRELOAD=$asleep ASLEEP_FILE=$dir/asleep "$program" >"$dir/window.log" 2>&1 &
 window=$!
 jobs+=("$window")
 soon at_least 1 onWindowAttached || fail "no picture"
@@ -30,5 +32,13 @@ at_least 2 'filming the built-in scene' && fail "a scene in place of a camera th
 start_camera
 soon at_least 2 'Selecting resolution 640 x 480' || fail "a camera that comes back is not opened"
 soon at_least 3 onWindowAttached || fail "the camera that came back shows nothing"
+if [ -n "$asleep" ]; then
+  touch "$dir/asleep"
+  soon at_least 2 'Resource are being revoked!' || fail "sleep is not noticed"
+  at_least 1 'camera: the computer was asleep' || fail "the reason is missing"
+  soon at_least 3 'Selecting resolution 640 x 480' || fail "the camera is not opened again after sleep"
+  sleep 1
+  at_least 3 'Resource are being revoked!' && fail "one sleep is noticed twice"
+fi
 kill -TERM "$window"
 wait "$window" || fail "SIGTERM ended it with $?"
