@@ -14,9 +14,8 @@
 namespace handset {
 namespace {
 
-/// For slow servers, when no usable camera is known.
-constexpr std::chrono::milliseconds further_wait{2000};
-constexpr std::chrono::milliseconds first_wait{1000};
+/// The first scan is through by then, whoever answers.
+constexpr std::chrono::milliseconds scan_wait{3000};
 /// The longest a window may freeze; it hears about the cameras later.
 constexpr std::chrono::milliseconds window_wait{80};
 /// Grace period for a camera that this process has just closed.
@@ -168,15 +167,11 @@ int resolve_role(const CameraServiceConfig& config, camera_unit_t unit, const st
 
 int resolve_camera(const CameraServiceConfig& config, camera_unit_t unit, const std::string& name, Source* source) {
   CameraWatch& watch = CameraWatch::instance();
-  std::vector<FoundCamera> cameras = watch.cameras_now(config.wait_for_picture ? first_wait : window_wait);
-  const auto is_usable = [](const FoundCamera& camera) { return camera.usable(); };
-  if (!std::any_of(cameras.begin(), cameras.end(), is_usable)) {
-    if (config.wait_for_picture) {
-      cameras = watch.cameras_now(further_wait);
-    } else if (!watch.wait_first_scan(std::chrono::milliseconds(0))) {
-      return fail(CameraTrouble::searching, explain(CameraTrouble::searching, {}), source);
-    }
+  // Half a list may lack the very camera that has the role.
+  if (!watch.wait_first_scan(config.wait_for_picture ? scan_wait : window_wait) && !config.wait_for_picture) {
+    return fail(CameraTrouble::searching, explain(CameraTrouble::searching, {}), source);
   }
+  const std::vector<FoundCamera> cameras = watch.cameras_now();
   if (!name.empty()) return resolve_named(cameras, name, config.wait_for_picture, source);
   if (!cameras.empty()) return resolve_role(config, unit, cameras, source);
   std::fputs("no camera found, filming the built-in scene\n", stderr);
@@ -193,7 +188,7 @@ std::string absent_owner(const CameraServiceConfig& config, camera_unit_t unit) 
   if (text != "auto") return {};
   const Memory memory = load_memory(config.memory_file);
   const std::string& owner = unit == CAMERA_UNIT_FRONT ? memory.front : memory.rear;
-  const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now(std::chrono::milliseconds(0));
+  const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now();
   const bool present =
       std::any_of(cameras.begin(), cameras.end(), [&](const FoundCamera& camera) { return is_called(camera, owner); });
   return present ? "" : owner;
@@ -201,7 +196,7 @@ std::string absent_owner(const CameraServiceConfig& config, camera_unit_t unit) 
 
 std::string camera_candidate(const CameraServiceConfig& config, camera_unit_t unit) {
   const std::string& text = unit == CAMERA_UNIT_FRONT ? config.front : config.rear;
-  const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now(std::chrono::milliseconds(0));
+  const std::vector<FoundCamera> cameras = CameraWatch::instance().cameras_now();
   int index = -1;
   if (text == "auto") {
     index = choose_for_role(unit, cameras, load_memory(config.memory_file), false).choice.index;

@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds quiet{200};
 constexpr std::chrono::milliseconds longest_wait{1000};
 /// For nodes and servers that do not answer; their news come later.
 constexpr std::chrono::milliseconds node_limit{700};
-constexpr std::chrono::milliseconds server_limit{3000};
+constexpr std::chrono::milliseconds server_limit{2000};
 
 /// What a change of the list is measured by.
 std::string fingerprint(const std::vector<FoundCamera>& cameras) {
@@ -71,7 +71,8 @@ void CameraWatch::Shared::publish(std::vector<FoundCamera> found, bool complete)
   bool differs = false;
   {
     const std::lock_guard lock(mutex);
-    differs = fingerprint(found) != fingerprint(cameras);
+    // Whoever has waited for the first whole list hears of it even when it brings nothing new.
+    differs = fingerprint(found) != fingerprint(cameras) || (complete && !scanned);
     cameras = std::move(found);
     scanned = scanned || complete;
   }
@@ -139,8 +140,7 @@ CameraWatch::CameraWatch() : shared_(std::make_shared<Shared>()) {
   std::thread([shared = shared_] { shared->run(); }).detach();
 }
 
-std::vector<FoundCamera> CameraWatch::cameras_now(std::chrono::milliseconds limit) {
-  wait_first_scan(limit);
+std::vector<FoundCamera> CameraWatch::cameras_now() {
   const std::lock_guard lock(shared_->mutex);
   return shared_->cameras;
 }

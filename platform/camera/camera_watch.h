@@ -16,8 +16,8 @@ class CameraWatch {
   /// The process's watch, started at the first call. Any thread.
   static CameraWatch& instance();
 
-  /// The newest list. Waits for the first scan, up to `limit`, and then returns what is known. Any thread.
-  std::vector<FoundCamera> cameras_now(std::chrono::milliseconds limit = std::chrono::seconds(1));
+  /// The newest list, which before the end of the first scan may lack cameras. Any thread.
+  std::vector<FoundCamera> cameras_now();
   /// Whether the newest list has a camera. Any thread.
   bool has(const std::string& identity);
   /// Whether the newest list has the camera of this identity as another device or at another node. Any thread.
@@ -27,7 +27,7 @@ class CameraWatch {
   /// Looks again soon. Any thread.
   void rescan();
 
-  /// Calls back after every change of the list, on the watch's thread with no lock held. The callback must not call
+  /// Calls back after every change of the list and when the first scan is through, on the watch's thread with no lock held. The callback must not call
   /// stop_listening().
   /// @return number for stop_listening. Any thread.
   int on_cameras_changed(std::function<void()> listener);

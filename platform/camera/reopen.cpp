@@ -27,7 +27,7 @@ constexpr std::chrono::seconds return_patience{3};
 Outlook outlook_for(camera_unit_t unit) {
   CameraWatch& watch = CameraWatch::instance();
   const bool known = watch.wait_first_scan(std::chrono::milliseconds(0));
-  return {camera_candidate(unit), known, known && watch.cameras_now(std::chrono::milliseconds(0)).empty()};
+  return {camera_candidate(unit), known, known && watch.cameras_now().empty()};
 }
 
 /// Waits for cameras on behalf of the units.
