@@ -2,15 +2,28 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <string_view>
 #include <thread>
 
+#include "platform/camera/server_link.h"
 #include "platform/camera/v4l2_node.h"
 
 namespace handset {
 namespace {
 
-/// The process's monitor, never stopped: stopping PipeWire's provider (0.3.65) while a camera comes or goes corrupts
-/// the heap.
+constexpr char server_gone[] = "server-gone";
+constexpr char server_back[] = "server-back";
+constexpr std::chrono::seconds connect_period{2};
+
+/// Who tells of devices. Providers are never stopped: stopping PipeWire's (0.3.65) while a camera comes or goes
+/// corrupts the heap. Nor does it notice that its server is gone: after a restart another one takes its place.
+struct Providers {
+  ObjectPtr<GstDeviceMonitor> monitor;
+  BusPtr bus;                             ///< the monitor's, with news of all
+  bool restarted = false;                 ///< PipeWire's devices are `pipewire`'s, no longer the monitor's
+  GstDeviceProvider* pipewire = nullptr;  ///< on the server's newest connection; null while there is none
+};
+
 struct Monitor {
   std::mutex mutex;  ///< guards the rest
   std::condition_variable changed;
@@ -49,12 +62,33 @@ std::string usb_id_of(const std::string& libcamera_path) {
   return end[0] == '-' && end[5] == ':' ? end.substr(1) : std::string();
 }
 
-std::vector<DeviceView> list_views(GstDeviceMonitor* monitor) {
+/// Takes over a list and its references.
+std::vector<ObjectPtr<GstDevice>> take_devices(GList* list) {
+  std::vector<ObjectPtr<GstDevice>> devices;
+  for (GList* entry = list; entry != nullptr; entry = entry->next) {
+    devices.push_back(ObjectPtr<GstDevice>::adopt(GST_DEVICE(entry->data)));
+  }
+  g_list_free(list);
+  return devices;
+}
+
+std::vector<ObjectPtr<GstDevice>> list_devices(const Providers& providers) {
+  auto devices = take_devices(gst_device_monitor_get_devices(providers.monitor.get()));
+  if (!providers.restarted) return devices;
+  std::erase_if(devices, [](const auto& device) {
+    return std::string_view(G_OBJECT_TYPE_NAME(device.get())) == "GstPipeWireDevice";
+  });
+  if (providers.pipewire == nullptr) return devices;
+  for (auto& device : take_devices(gst_device_provider_get_devices(providers.pipewire))) {
+    if (gst_device_has_classes(device.get(), "Video/Source")) devices.push_back(std::move(device));
+  }
+  return devices;
+}
+
+std::vector<DeviceView> list_views(const Providers& providers) {
   const Decoders decoders = installed_decoders();
   std::vector<DeviceView> views;
-  GList* devices = gst_device_monitor_get_devices(monitor);
-  for (GList* entry = devices; entry != nullptr; entry = entry->next) {
-    auto device = ObjectPtr<GstDevice>::adopt(GST_DEVICE(entry->data));
+  for (auto& device : list_devices(providers)) {
     const GStringPtr label(gst_device_get_display_name(device.get()), g_free);
     GstStructure* properties = gst_device_get_properties(device.get());
     DeviceView view = read_view(label ? label.get() : "", properties);
@@ -69,12 +103,11 @@ std::vector<DeviceView> list_views(GstDeviceMonitor* monitor) {
     view.device = std::move(device);
     views.push_back(std::move(view));
   }
-  g_list_free(devices);
   return views;
 }
 
-void publish(Monitor* shared, GstDeviceMonitor* monitor) {
-  std::vector<DeviceView> views = list_views(monitor);
+void publish(Monitor* shared, const Providers& providers) {
+  std::vector<DeviceView> views = list_views(providers);
   std::function<void()> news;
   {
     const std::lock_guard lock(shared->mutex);
@@ -86,6 +119,53 @@ void publish(Monitor* shared, GstDeviceMonitor* monitor) {
   if (news) news();
 }
 
+/// Posts a message whenever the server at the other end of `fd` is gone, and one with a fresh connection when it, or
+/// the first one, is there. Connections stay open: the plugin tells them apart by number.
+[[noreturn]] void follow_server(int fd, GstBus* bus) {
+  const auto tell = [bus](const char* what, int connection) {
+    GstStructure* words = gst_structure_new(what, "fd", G_TYPE_INT, connection, nullptr);
+    gst_bus_post(bus, gst_message_new_application(nullptr, words));
+  };
+  for (;;) {
+    if (fd >= 0) {
+      wait_for_hang_up(fd);
+      tell(server_gone, -1);
+    }
+    while ((fd = connect_to_server()) < 0) std::this_thread::sleep_for(connect_period);
+    tell(server_back, fd);
+  }
+}
+
+/// A provider of PipeWire's devices on a connection of its own, never given up; null where the plugin is missing.
+GstDeviceProvider* start_provider(int fd, GstBus* news) {
+  const auto factory =
+      ObjectPtr<GstDeviceProviderFactory>::adopt(gst_device_provider_factory_find("pipewiredeviceprovider"));
+  const auto loaded =
+      factory ? ObjectPtr<GstPluginFeature>::adopt(gst_plugin_feature_load(GST_PLUGIN_FEATURE(factory.get())))
+              : ObjectPtr<GstPluginFeature>();
+  if (!loaded) return nullptr;
+  const GType type =
+      gst_device_provider_factory_get_device_provider_type(reinterpret_cast<GstDeviceProviderFactory*>(loaded.get()));
+  auto* provider = static_cast<GstDeviceProvider*>(g_object_new(type, "fd", fd, nullptr));
+  const BusPtr bus = BusPtr::adopt(gst_device_provider_get_bus(provider));
+  const auto pass_on = [](GstBus*, GstMessage* message, gpointer to) {
+    gst_bus_post(static_cast<GstBus*>(to), message);
+    return GST_BUS_DROP;
+  };
+  gst_bus_set_sync_handler(bus.get(), pass_on, news, nullptr);
+  return gst_device_provider_start(provider) ? provider : nullptr;
+}
+
+/// Acts on what follow_server() tells.
+void hear(const MessagePtr& message, Providers* providers) {
+  if (!message || GST_MESSAGE_TYPE(message.get()) != GST_MESSAGE_APPLICATION) return;
+  const GstStructure* words = gst_message_get_structure(message.get());
+  int fd = -1;
+  gst_structure_get_int(words, "fd", &fd);
+  providers->restarted = true;
+  providers->pipewire = fd >= 0 ? start_provider(fd, providers->bus.get()) : nullptr;
+}
+
 /// Starts the monitor and reads its news for as long as the process lives.
 void watch(Monitor* shared) {
   gst_init(nullptr, nullptr);
@@ -94,18 +174,18 @@ void watch(Monitor* shared) {
     gst_plugin_feature_set_rank(GST_PLUGIN_FEATURE(own), GST_RANK_NONE);
     gst_object_unref(own);
   }
-  GstDeviceMonitor* monitor = gst_device_monitor_new();
-  gst_device_monitor_add_filter(monitor, "Video/Source", nullptr);
-  const BusPtr bus = BusPtr::adopt(gst_device_monitor_get_bus(monitor));
-  gst_device_monitor_start(monitor);
+  Providers providers;
+  providers.monitor = ObjectPtr<GstDeviceMonitor>::adopt(gst_device_monitor_new());
+  gst_device_monitor_add_filter(providers.monitor.get(), "Video/Source", nullptr);
+  providers.bus = BusPtr::adopt(gst_device_monitor_get_bus(providers.monitor.get()));
+  // Before the monitor: a server that starts in between is noticed.
+  std::thread(follow_server, connect_to_server(), providers.bus.get()).detach();
+  gst_device_monitor_start(providers.monitor.get());
   for (;;) {
-    publish(shared, monitor);
-    // Devices that come, change and go are all that is told on this bus.
-    while (!MessagePtr::adopt(gst_bus_timed_pop(bus.get(), GST_CLOCK_TIME_NONE))) {
-    }
+    publish(shared, providers);
+    hear(MessagePtr::adopt(gst_bus_timed_pop(providers.bus.get(), GST_CLOCK_TIME_NONE)), &providers);
     // The others that come with it are in the same list.
-    while (const MessagePtr message = MessagePtr::adopt(gst_bus_pop(bus.get()))) {
-    }
+    while (const MessagePtr message = MessagePtr::adopt(gst_bus_pop(providers.bus.get()))) hear(message, &providers);
   }
 }
 

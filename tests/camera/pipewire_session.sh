@@ -58,8 +58,15 @@ pixel_is_red() {
 
 frames_of() { ffprobe -v error -count_frames -select_streams v -show_entries stream=nb_read_frames -of csv=p=0 "$1"; }
 
-pipewire >"$dir/pipewire.log" 2>&1 &
-jobs+=($!)
-soon test -S "$XDG_RUNTIME_DIR/pipewire-0" || fail "no PipeWire"
-wireplumber >"$dir/wireplumber.log" 2>&1 &
-jobs+=($!)
+# $server and $manager are the processes.
+start_servers() {
+  pipewire >"$dir/pipewire.log" 2>&1 &
+  server=$!
+  jobs+=("$server")
+  soon pw-cli info 0 >/dev/null 2>&1 || fail "no PipeWire"
+  wireplumber >"$dir/wireplumber.log" 2>&1 &
+  manager=$!
+  jobs+=("$manager")
+}
+
+start_servers

@@ -1,6 +1,6 @@
 #!/bin/bash
-# The window follows PipeWire's cameras: one that comes while there is none, one that goes, one that comes back, and one
-# whose computer was asleep.
+# The window follows PipeWire's cameras: one that comes while there is none, one that goes, one that comes back, one
+# whose computer was asleep, and one whose server was started again.
 # Usage: pipewire_window.sh MORVANE [ASLEEP]
 program=$1
 asleep=${2:-}
@@ -40,5 +40,15 @@ if [ -n "$asleep" ]; then
   sleep 1
   at_least 3 'Resource are being revoked!' && fail "one sleep is noticed twice"
 fi
+
+lost=$(grep -c 'Resource are being revoked!' "$dir/window.log")
+opened=$(grep -c 'Selecting resolution 640 x 480' "$dir/window.log")
+shown=$(grep -c onWindowAttached "$dir/window.log")
+kill -9 "$server" "$manager" "$pictures"
+soon at_least $((lost + 1)) 'Resource are being revoked!' || fail "the server's end is not noticed"
+start_servers
+start_camera
+soon at_least $((opened + 1)) 'Selecting resolution 640 x 480' || fail "not opened after the server's restart"
+soon at_least $((shown + 1)) onWindowAttached || fail "no picture after the server's restart"
 kill -TERM "$window"
 wait "$window" || fail "SIGTERM ended it with $?"
