@@ -57,7 +57,8 @@ class Checker {
     } else if (std::filesystem::exists(file("film.mp4"))) {
       fault("there is a film");
     }
-    if (!errors_.empty()) see("\"" + one_line(errors_) + "\"");
+    const std::string& said = row_.look == Look::none && !output_.empty() ? output_ : errors_;
+    if (!said.empty()) see("\"" + one_line(said) + "\"");
     return finding_;
   }
 

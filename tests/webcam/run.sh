@@ -1,6 +1,7 @@
 #!/bin/bash
 # Films with cameras that are not there: virtual machines whose kernel has them run the built programs.
 # Usage: run.sh BUILD [ROW...]: the quick rows, the named ones, or "all". `./test webcam` calls it when everything is built.
+# MORVANE_WEBCAM_REPEAT=N runs each row N times.
 set -eu
 PATH=$PATH:/usr/sbin:/sbin
 tests=$(cd "$(dirname "$0")" && pwd)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -31,6 +32,18 @@ bool choose_rows(const std::vector<std::string>& names, std::vector<Row>* chosen
     if (named || (names.empty() && webcam::is_quick(row))) chosen->push_back(row);
   }
   return known == names.size();
+}
+
+/// Each row as often as MORVANE_WEBCAM_REPEAT says, the further ones under numbered names.
+void repeat(std::vector<Row>* rows) {
+  const char* times = std::getenv("MORVANE_WEBCAM_REPEAT");
+  const std::vector<Row> once = *rows;
+  for (int turn = 2; times != nullptr && turn <= std::atoi(times); ++turn) {
+    for (Row row : once) {
+      row.name += "." + std::to_string(turn);
+      rows->push_back(std::move(row));
+    }
+  }
 }
 
 /// A folder with its script for each row, and their names by session.
@@ -88,6 +101,7 @@ int main(int argc, char** argv) {
     std::fputc('\n', stderr);
     return 2;
   }
+  repeat(&chosen);
   const std::string& folder = words[1];
   if (words[0] == "--prepare") {
     prepare(chosen, folder);
