@@ -10,7 +10,7 @@ run_packages="fonts-dejavu-core qt6-wayland qml6-module-qt-labs-folderlistmodel
 
 # To build and to run.
 build_packages="g++ cmake ninja-build pkg-config
-  libglib2.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libhwy-dev libyuv-dev zlib1g-dev
+  libglib2.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libavcodec-dev libhwy-dev libyuv-dev zlib1g-dev
   qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev $run_packages"
 
 # To test: the frameworks, a second opinion on the films, a camera without hardware.

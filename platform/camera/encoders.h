@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gst/gst.h>
+
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,26 +14,38 @@ namespace handset {
 struct VideoEncoder {
   std::string element;    ///< GStreamer element factory
   std::string format;     ///< raw format that it takes: NV12, or I420 after a conversion
-  std::string settings;   ///< properties, without the bit rate
+  std::string settings;   ///< properties, without bit rate and distance of keyframes
   bool constant_quality;  ///< bit rate is only a ceiling
+  bool describe = false;  ///< the colour description, which it leaves out, is written into its stream
 };
 
-/// The encoders worth trying, best first: hardware, then software.
-const std::vector<VideoEncoder>& video_encoder_candidates();
+/// The encoders worth trying, best first: hardware, then software. Where one element stands in several rows, each row
+/// costs less than the one before, and all write the same parameter sets.
+std::vector<VideoEncoder> video_encoder_candidates();
 
-/// Description from raw frames to parsed H.264, for a picture size and rate.
+/// Replaces the candidates, for tests, and forgets what was proven. An empty list brings the usual ones back.
+void use_video_encoders(std::vector<VideoEncoder> candidates);
+
+/// The encoder's element, named "encoder", with everything set for a picture size and rate.
+std::string video_encoder_element(const VideoEncoder& encoder, camera_res_t size, int frame_rate);
+
+/// Description from raw frames to parsed H.264. The pipeline made of it needs complete_video_encoder().
 std::string video_encoder_description(const VideoEncoder& encoder, camera_res_t size, int frame_rate);
 
-/// Encodes a few frames of a known picture at this size, and checks that every one comes out as
-/// H.264, carries the frames' colour description, and decodes to the picture again. Takes a few
-/// hundred milliseconds at most for a working encoder; an encoder that stays silent is given up after 4 s.
-/// @return empty, or why the encoder is not to be trusted
-std::string prove_video_encoder(const VideoEncoder& encoder, camera_res_t size, int frame_rate);
+/// Adds to a pipeline what its description cannot say. @return false when that cannot be done
+bool complete_video_encoder(GstElement* pipeline);
 
-/// The first candidate that proves itself at this size; one that only fails to describe its colours is
-/// taken when no other works. Proofs are kept for the life of the process.
-/// @return null when none works
-const VideoEncoder* proven_video_encoder(camera_res_t size, int frame_rate);
+/// The encoder to use (choose_video_encoder). Kept for the life of the process; a second asker waits for the first's.
+/// @return nothing when none works
+std::optional<VideoEncoder> proven_video_encoder(camera_res_t size, int frame_rate);
+
+/// The next row of the same element.
+std::optional<VideoEncoder> lighter_video_encoder(const VideoEncoder& encoder);
+
+/// Puts another row's element in the place of a running pipeline's "encoder", between two frames; the new one begins
+/// with a keyframe. The encoder must not hold frames back. Any thread.
+/// @return false, with nothing changed, when there is no such element
+bool replace_video_encoder(GstElement* pipeline, const VideoEncoder& encoder, camera_res_t size, int frame_rate);
 
 /// Description from raw sound to parsed AAC; empty when no AAC encoder is installed.
 std::string audio_encoder_description();

@@ -51,17 +51,17 @@ Film::~Film() {
 }
 
 bool Film::build(std::string* error) {
-  const camera_res_t size{static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(setup_.info.get())),
-                          static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(setup_.info.get()))};
-  const int nominal_rate =
+  size_ = {static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(setup_.info.get())),
+           static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(setup_.info.get()))};
+  nominal_rate_ =
       std::max(1, static_cast<int>(std::lround(static_cast<double>(setup_.rate_numerator) / setup_.rate_denominator)));
-  const VideoEncoder* encoder = proven_video_encoder(size, nominal_rate);
-  if (encoder == nullptr) {
+  encoder_ = proven_video_encoder(size_, nominal_rate_);
+  if (!encoder_) {
     *error = "no H.264 encoder works at this size";
     return false;
   }
   std::string description = "appsrc name=video format=time is-live=true max-buffers=2 max-bytes=0 max-time=0 ! " +
-                            video_encoder_description(*encoder, size, nominal_rate) + mux_queue;
+                            video_encoder_description(*encoder_, size_, nominal_rate_) + mux_queue;
   if (setup_.sound) {
     description += "appsrc name=audio format=time is-live=true max-bytes=0 caps=" + std::string(audio_caps) + " ! " +
                    audio_encoder_description() + mux_queue;
@@ -73,6 +73,10 @@ bool Film::build(std::string* error) {
   if (!pipeline_) {
     *error = problem->message;
     g_error_free(problem);
+    return false;
+  }
+  if (!complete_video_encoder(pipeline_.get())) {
+    *error = "the film's colors cannot be described";
     return false;
   }
   const auto child = [this](const char* name) {
@@ -151,6 +155,13 @@ void Film::push_audio(BufferPtr block, std::uint64_t first_sample) {
   GST_BUFFER_DURATION(buffer) =
       gst_util_uint64_scale(first_sample + samples, GST_SECOND, audio_rate) - GST_BUFFER_PTS(buffer);
   gst_app_src_push_buffer(GST_APP_SRC(audio_.get()), buffer);
+}
+
+bool Film::lighten() {
+  const std::optional<VideoEncoder> lighter = lighter_video_encoder(*encoder_);
+  if (!lighter || !replace_video_encoder(pipeline_.get(), *lighter, size_, nominal_rate_)) return false;
+  encoder_ = lighter;
+  return true;
 }
 
 int Film::take_message(GstMessage* message) {

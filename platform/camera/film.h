@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
+#include "platform/camera/encoders.h"
 #include "platform/camera/frame.h"
 
 namespace handset {
@@ -43,6 +45,9 @@ class Film {
   /// Feeds sound (audio_caps) that starts at a sample counted from Setup::start.
   void push_audio(BufferPtr block, std::uint64_t first_sample);
 
+  /// Goes on with an encoder that costs less, from the next frame. @return false when there is none
+  bool lighten();
+
   /// 0, or the errno value that ended the film (ENOSPC, else EIO).
   int check();
   /// Text for error().
@@ -70,6 +75,9 @@ class Film {
   ElementPtr muxer_;
   BusPtr bus_;
   std::string failure_;
+  camera_res_t size_{};
+  int nominal_rate_ = 0;
+  std::optional<VideoEncoder> encoder_;
   int error_ = 0;
   std::int64_t last_pts_ = -1;
   std::int64_t length_ = 0;
