@@ -76,10 +76,8 @@ void Recorder::run() {
     const Frame frame = next_frame(&stopping);
     if (frame) feed(frame);
     if (film_) {
-      if (sound_) {
-        sound_->feed(*film_);
-        show(sound_->status());
-      }
+      if (sound_) sound_->feed(*film_);
+      show(status());
       look_after();
     }
   }
@@ -113,6 +111,7 @@ void Recorder::feed(const Frame& frame) {
     roll(frame);
     if (!film_) return;
   }
+  keep_up();
   film_->push_video(frame);
   ++recorded_;
   length_ = earlier_ + film_->length();
@@ -174,6 +173,23 @@ bool Recorder::disk_is_full() const {
   struct statvfs disk {};
   if (statvfs(setup_.path.c_str(), &disk) != 0) return false;
   return static_cast<std::uint64_t>(disk.f_bavail) * disk.f_frsize < setup_.disk_margin;
+}
+
+/// Where frames wait because the encoder is too slow, it does less from this frame on.
+void Recorder::keep_up() {
+  std::size_t waiting = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    waiting = count_;
+  }
+  if (setup_.wait_for_room || !overload_.must_lighten(waiting)) return;
+  if (film_->lighten()) std::fputs("recording: the encoder is too slow, the picture gets coarser\n", stderr);
+}
+
+std::string Recorder::status() {
+  const std::uint64_t lost = dropped_ + (setup_.lost_before ? setup_.lost_before() : 0);
+  if (losses_.losing(lost, LossWatch::Clock::now())) return dropping_text;
+  return sound_ ? sound_->status() : "";
 }
 
 void Recorder::show(const std::string& status) {

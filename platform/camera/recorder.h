@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/camera/film.h"
+#include "platform/camera/overload.h"
 #include "platform/camera/sound_track.h"
 
 namespace handset {
@@ -34,6 +35,8 @@ class Recorder {
     /// Told what a viewfinder is to say of the recording, empty for nothing, when that changes; on the recorder's
     /// thread. May be empty.
     std::function<void(const std::string& status)> show_status{};
+    /// Frames that were lost on their way here so far. May be empty.
+    std::function<std::uint64_t()> lost_before{};
   };
   /// Told once when the recording ends by itself, with an errno value; on the recorder's thread, after
   /// the file is complete.
@@ -70,6 +73,8 @@ class Recorder {
   void look_after();
   bool disk_is_full() const;
   void roll(const Frame& next);
+  void keep_up();
+  std::string status();
   void show(const std::string& status);
   void fail(int error, const std::string& why);
   void conclude();
@@ -97,6 +102,8 @@ class Recorder {
   std::int64_t earlier_ = 0;           ///< length of the films before it
   std::unique_ptr<SoundTrack> sound_;  ///< null without sound
   std::string status_;                 ///< that was shown last
+  OverloadWatch overload_{queue_length};
+  LossWatch losses_;
   int films_ = 0;
   int turns_waited_ = 0;  ///< for the encoder to take the next frame
   std::chrono::steady_clock::time_point next_look_{};

@@ -19,6 +19,7 @@ constexpr std::chrono::milliseconds recording_start{5500};
 constexpr std::chrono::milliseconds recording_silence{1000};
 constexpr std::chrono::milliseconds start_turn{50};
 constexpr std::chrono::milliseconds preparation_patience{1500};
+constexpr std::chrono::milliseconds preparation_long_patience{10000};  ///< of a client without a window
 
 /// @return 0 when a path is a regular file that can be written, else an errno value
 int check_writable(const char* path) {
@@ -68,7 +69,8 @@ void CameraUnit::wait_prepared() const {
   }
   if (!preparation) return;
   std::unique_lock lock(preparation->mutex);
-  preparation->changed.wait_for(lock, preparation_patience, [&] { return preparation->done; });
+  const auto patience = config_.wait_for_picture ? preparation_long_patience : preparation_patience;
+  preparation->changed.wait_for(lock, patience, [&] { return preparation->done; });
 }
 
 /// The microphone to record, or "none" where the film is to have, or can have, no sound.
@@ -110,7 +112,8 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
                         .microphone = microphone_for_recording(),
                         .wait_for_room = unpaced_,
                         .disk_margin = config_.disk_margin,
-                        .show_status = [this](const std::string& text) { show_status(text); }};
+                        .show_status = [this](const std::string& text) { show_status(text); },
+                        .lost_before = [this] { return statistics().replaced; }};
   capture->frame_rate(&setup.rate_numerator, &setup.rate_denominator);
   if (setup.rate_numerator <= 0) {
     setup.rate_numerator = 30;

@@ -23,6 +23,7 @@
 #include "platform/camera/camera_config.h"
 #include "platform/camera/long_wait.h"
 #include "platform/camera/microphone_finder.h"
+#include "platform/camera/overload.h"
 #include "tools/record/overlays.h"
 
 namespace record {
@@ -173,15 +174,33 @@ void show_progress(camera_handle_t handle) {
   std::fflush(stdout);
 }
 
+/// Says on stderr when frames begin to be dropped.
+class DropReport {
+ public:
+  void look(camera_handle_t handle) {
+    handset::CameraStatistics statistics{};
+    if (handset::camera_get_statistics(handle, &statistics) != 0) return;
+    const bool losing = watch_.losing(statistics.replaced + statistics.not_recorded, handset::LossWatch::Clock::now());
+    if (losing && !told_) complain(handset::dropping_text);
+    told_ = losing;
+  }
+
+ private:
+  handset::LossWatch watch_;
+  bool told_ = false;
+};
+
 /// Waits for the recording's end: its length, a signal, or news.
 void wait_for_end(const Options& options, camera_handle_t handle, const News& news, Stamp* stamp) {
   const sigset_t signals = stop_signals();
   const int signal_fd = signalfd(-1, &signals, SFD_CLOEXEC);
   const bool terminal = isatty(STDOUT_FILENO) != 0;
   pollfd watched[] = {{signal_fd, POLLIN, 0}, {news.wake, POLLIN, 0}};
+  DropReport drops;
   for (;;) {
     const bool woken = poll(watched, 2, turn_ms) > 0;
     if (terminal) show_progress(handle);
+    drops.look(handle);
     stamp->refresh();
     if (woken && watched[0].revents != 0) break;
     if (news.revoked || news.finished || news.failed != 0) break;
