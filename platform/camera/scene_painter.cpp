@@ -16,7 +16,7 @@ struct Yuv {
 };
 
 std::uint8_t to_byte(double value) {
-  return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 255.0)));
+  return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5);
 }
 
 // ITU-T T.871 (JFIF): BT.601 matrix, full range.
@@ -43,6 +43,7 @@ double box_distance(double x, double y, double cx, double cy, double half_w, dou
 
 /// A head and shoulders in a skin tone, in units of the picture's height, centred at cx.
 Rgb portrait(Rgb under, double x, double y, double cx, const Rgb& skin, const Rgb& shirt, const Rgb& hair, double px) {
+  if (std::fabs(x - cx) > 0.09 + px || y < 0.53 - px || y > 0.90 + px) return under;
   const auto cover = [px](double distance) { return smooth(px, -px, distance); };
   const double shoulders = box_distance(x, y, cx, 0.80, 0.085, 0.10, 0.06);
   under = mix(under, shirt, cover(shoulders));
@@ -54,15 +55,36 @@ Rgb portrait(Rgb under, double x, double y, double cx, const Rgb& skin, const Rg
   return mix(under, lit, cover(face));
 }
 
-/// The still part of the scene at (x, y) in units of the picture's height; `aspect` is its width.
-Rgb backdrop(double x, double y, double aspect, double px) {
+/// Where the hills end against the sky.
+double hills_at(double x) {
+  return 0.54 + 0.035 * std::sin(x * 3.1 + 0.6) + 0.018 * std::sin(x * 7.3);
+}
+
+/// The gray ramp in nine steps along the bottom, and the colour card above it at the left.
+Rgb cards(Rgb colour, double x, double y, double aspect, double px) {
+  if (std::fabs(y - 0.93) < 0.030 + px) {
+    const double ramp = box_distance(x, y, aspect * 0.5, 0.93, aspect * 0.46, 0.030, 0.012);
+    const double step = std::clamp(std::floor((x - aspect * 0.04) / (aspect * 0.92) * 9), 0.0, 8.0);
+    colour = mix(colour, {step * 255 / 8, step * 255 / 8, step * 255 / 8}, smooth(px, -px, ramp));
+  }
+  if (std::fabs(y - 0.845) >= 0.024 + px || x > 0.5 + px) return colour;
+  const Rgb card[4] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 0}};
+  for (int i = 0; i < 4; ++i) {
+    const double chip = box_distance(x, y, aspect * 0.06 + i * 0.055, 0.845, 0.024, 0.024, 0.006);
+    colour = mix(colour, card[i], smooth(px, -px, chip));
+  }
+  return colour;
+}
+
+/// The still part of the scene at (x, y) in units of the picture's height; `aspect` is its width, `hills` of hills_at.
+Rgb backdrop(double x, double y, double hills, double aspect, double px) {
   const Rgb sky = mix({86, 132, 190}, {206, 222, 236}, smooth(0.0, 0.62, y));
   const Rgb ground = mix({150, 146, 138}, {88, 84, 80}, smooth(0.62, 1.0, y));
-  const double hills = 0.54 + 0.035 * std::sin(x * 3.1 + 0.6) + 0.018 * std::sin(x * 7.3);
   Rgb colour = mix(sky, {96, 128, 104}, smooth(hills - px, hills + px, y));
   colour = mix(colour, ground, smooth(0.62 - px, 0.62 + px, y));
 
-  const double sun = std::hypot(x - aspect * 0.84, y - 0.17);
+  const double from_sun[2] = {x - aspect * 0.84, y - 0.17};
+  const double sun = std::sqrt(from_sun[0] * from_sun[0] + from_sun[1] * from_sun[1]);
   colour = mix(colour, {255, 255, 255}, 0.5 * std::exp(-sun * 9));
   colour = mix(colour, {255, 255, 255}, smooth(0.062 + px, 0.062 - px, sun));
 
@@ -73,18 +95,7 @@ Rgb backdrop(double x, double y, double aspect, double px) {
     colour = portrait(colour, x, y, aspect * 0.5 + (i - 1) * 0.24, skins[i], shirts[i], hairs[i], px);
   }
 
-  // Grey ramp in nine steps along the bottom, and the colour card above it at the left.
-  const double ramp = box_distance(x, y, aspect * 0.5, 0.93, aspect * 0.46, 0.030, 0.012);
-  if (ramp < px) {
-    const double step = std::clamp(std::floor((x - aspect * 0.04) / (aspect * 0.92) * 9), 0.0, 8.0);
-    colour = mix(colour, {step * 255 / 8, step * 255 / 8, step * 255 / 8}, smooth(px, -px, ramp));
-  }
-  const Rgb card[4] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 0}};
-  for (int i = 0; i < 4; ++i) {
-    const double chip = box_distance(x, y, aspect * 0.06 + i * 0.055, 0.845, 0.024, 0.024, 0.006);
-    colour = mix(colour, card[i], smooth(px, -px, chip));
-  }
-  return colour;
+  return cards(colour, x, y, aspect, px);
 }
 
 }  // namespace
@@ -108,6 +119,8 @@ void ScenePainter::paint_backdrop() {
   const double scale = 1.0 / height_;
   const double aspect = width_ * scale;
   const double px = 0.7 * scale;
+  std::vector<double> hills;
+  for (int x = 0; x < width_; ++x) hills.push_back(hills_at((x + 0.5) * scale));
   for (int row = 0; row < height_; row += 2) {
     for (int column = 0; column < width_; column += 2) {
       int u = 0;
@@ -115,7 +128,8 @@ void ScenePainter::paint_backdrop() {
       for (int i = 0; i < 4; ++i) {
         const int x = column + (i & 1);
         const int y = row + (i >> 1);
-        const Yuv c = to_yuv(backdrop((x + 0.5) * scale, (y + 0.5) * scale, aspect, px));
+        const Yuv c =
+            to_yuv(backdrop((x + 0.5) * scale, (y + 0.5) * scale, hills[static_cast<std::size_t>(x)], aspect, px));
         backdrop_luma_[static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x)] = c.y;
         u += c.u;
         v += c.v;
