@@ -39,5 +39,6 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  handset::keep_heap_small();
   handset::end_process(run(argc, argv));
 }

@@ -24,6 +24,7 @@
 #include "app/tarnelapp.h"
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
+#include "platform/camera/camera_config.h"
 #include "platform/device/sandbox.h"
 #include "platform/kernel/channel.h"
 
@@ -233,6 +234,7 @@ int start_once(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  handset::keep_heap_small();
   if (argc > 2 && std::string(argv[1]) == "start") return start_once(argc, argv);
   const Surroundings surroundings;
   // The first one finds no cached plugin registry and no compiled documents.

@@ -68,6 +68,10 @@ bool camera_may_be_replaced(camera_handle_t handle);
 /// Starts the camera search, so that opening a camera need not wait for it. Any thread.
 void begin_camera_search();
 
+/// Makes the C library return pictures' memory as soon as it is freed, and keep few heaps: left alone it soon takes
+/// pictures from one heap per thread, where they leave holes. Call first thing in a process.
+void keep_heap_small();
+
 /// Ends the process, flushing its streams and undoing nothing else: threads abandoned in a device or a server may be
 /// inside a library that a normal exit would tear down. Call once everything is closed.
 [[noreturn]] void end_process(int status);

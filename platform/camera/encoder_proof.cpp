@@ -16,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int proof_frames = 5;
+constexpr int proof_frames = 3;
 constexpr int speed_frames = 6;
 constexpr GstClockTime proof_patience = 4 * GST_SECOND;
 
@@ -220,13 +220,14 @@ std::string encode_proof(const VideoEncoder& encoder, camera_res_t size, int fra
 std::string check_stream(const std::vector<SamplePtr>& units, const GstVideoInfo& info) {
   const bool decodes = installed("avdec_h264");
   std::string reason;
-  const ElementPtr pipeline = launch(
-      std::string("appsrc name=in format=time caps=video/x-h264,stream-format=byte-stream,alignment=au ! "
-                  "h264parse name=parse ! ") +
-          (decodes ? "avdec_h264 ! videoconvert ! video/x-raw,format=NV12,colorimetry=" + std::string(frame_colorimetry)
-                   : std::string("identity silent=true")) +
-          " ! appsink name=out sync=false",
-      &reason);
+  const ElementPtr pipeline =
+      launch(std::string("appsrc name=in format=time caps=video/x-h264,stream-format=byte-stream,alignment=au ! "
+                         "h264parse name=parse ! ") +
+                 (decodes ? "avdec_h264 max-threads=1 ! videoconvert ! video/x-raw,format=NV12,colorimetry=" +
+                                std::string(frame_colorimetry)
+                          : std::string("identity silent=true")) +
+                 " ! appsink name=out sync=false",
+             &reason);
   if (!pipeline) return reason;
   std::vector<BufferPtr> input;
   for (const SamplePtr& unit : units) input.push_back(BufferPtr::share(gst_sample_get_buffer(unit.get())));
@@ -244,12 +245,14 @@ std::string check_stream(const std::vector<SamplePtr>& units, const GstVideoInfo
 
 }  // namespace
 
-EncoderProof prove_video_encoder(const VideoEncoder& encoder, camera_res_t size, int frame_rate) {
+EncoderProof prove_video_encoder(const VideoEncoder& encoder, camera_res_t size, int frame_rate, bool check) {
   if (!installed(encoder.element.c_str())) return {"not installed", {}};
   EncoderProof proof;
   std::vector<SamplePtr> units;
   proof.reason = encode_proof(encoder, size, frame_rate, &units, &proof.frame_time);
-  if (proof.reason.empty()) proof.reason = check_stream(units, video_info(raw_caps("NV12", size, frame_rate)));
+  if (proof.reason.empty() && check) {
+    proof.reason = check_stream(units, video_info(raw_caps("NV12", size, frame_rate)));
+  }
   return proof;
 }
 
@@ -260,6 +263,7 @@ std::optional<VideoEncoder> choose_video_encoder(const std::vector<VideoEncoder>
   std::optional<VideoEncoder> undescribed;
   std::chrono::nanoseconds shortest = std::chrono::nanoseconds::max();
   for (VideoEncoder encoder : candidates) {
+    if (encoder.last_resort && fastest) break;
     EncoderProof proof = prove(encoder);
     if (proof.reason == no_colour_description) {
       if (!undescribed) undescribed = encoder;

@@ -25,13 +25,15 @@ struct EncoderProof {
 /// H.264, carries the frames' colour description, and decodes to the picture again; then a few frames of what stands
 /// for footage, whose time counts. Takes a few hundred milliseconds at 1080p; an encoder that stays silent is given up
 /// after 4 s.
-EncoderProof prove_video_encoder(const VideoEncoder& encoder, camera_res_t size, int frame_rate);
+/// @param check  false: only the time counts
+EncoderProof prove_video_encoder(const VideoEncoder& encoder, camera_res_t size, int frame_rate, bool check = true);
 
 /// Proves one encoder; prove_video_encoder at a size.
 using Prover = std::function<EncoderProof(const VideoEncoder&)>;
 
-/// The first candidate that works and keeps up with the frame rate, else the fastest that works. One that leaves the
-/// colour description out is proven once more with it written in, and taken without when nothing else works.
+/// The first candidate that works and keeps up with the frame rate, else the fastest that works; a last resort where
+/// nothing else works. One that leaves the colour description out is proven once more with it written in, and taken
+/// without when nothing else works.
 std::optional<VideoEncoder> choose_video_encoder(const std::vector<VideoEncoder>& candidates, const Prover& prove,
                                                  int frame_rate);
 

@@ -12,11 +12,12 @@ namespace handset {
 
 /// One way to encode, as the middle of a pipeline description.
 struct VideoEncoder {
-  std::string element;    ///< GStreamer element factory
-  std::string format;     ///< raw format that it takes: NV12, or I420 after a conversion
-  std::string settings;   ///< properties, without bit rate and distance of keyframes
-  bool constant_quality;  ///< bit rate is only a ceiling
-  bool describe = false;  ///< the colour description, which it leaves out, is written into its stream
+  std::string element;       ///< GStreamer element factory
+  std::string format;        ///< raw format that it takes: NV12, or I420 after a conversion
+  std::string settings;      ///< properties, without bit rate and distance of keyframes
+  bool constant_quality;     ///< bit rate is only a ceiling
+  bool last_resort = false;  ///< not tried where another one works
+  bool describe = false;     ///< the colour description, which it leaves out, is written into its stream
 };
 
 /// The encoders worth trying, best first: hardware, then software. Where one element stands in several rows, each row

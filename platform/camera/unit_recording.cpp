@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds recording_start{5500};
 constexpr std::chrono::milliseconds recording_silence{1000};
 constexpr std::chrono::milliseconds start_turn{50};
 constexpr std::chrono::milliseconds preparation_patience{1500};
-constexpr std::chrono::milliseconds preparation_long_patience{10000};  ///< of a client without a window
+constexpr std::chrono::milliseconds preparation_long_patience{30000};  ///< of a client without a window
 
 /// @return 0 when a path is a regular file that can be written, else an errno value
 int check_writable(const char* path) {

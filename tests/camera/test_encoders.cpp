@@ -23,7 +23,7 @@ class Encoders : public testing::Test {
   void TearDown() override { handset::use_video_encoders({}); }
 
   static std::string prove(const std::string& element, const std::string& settings, bool describe = false) {
-    return handset::prove_video_encoder({element, "NV12", settings, true, describe}, {320, 240}, 30).reason;
+    return handset::prove_video_encoder({element, "NV12", settings, true, false, describe}, {320, 240}, 30).reason;
   }
   handset::Film::Setup film_setup() const {
     return {.path = dir_.file("film.mp4"),
@@ -82,25 +82,30 @@ TEST_F(Encoders, TheFirstThatKeepsUpIsChosenElseTheFastest) {
   struct Answer {
     std::string reason;
     int frame_ms;
-    bool describable;
+    bool describable = false;
+    bool last_resort = false;
   };
-  const Answer slow{"", 40, false};
-  const Answer quick{"", 20, false};
-  const Answer broken{"it does not start", 0, false};
+  const Answer slow{"", 40};
+  const Answer quick{"", 20};
+  const Answer fair{"", 25};
+  const Answer broken{"it does not start", 0};
   const Answer bare{handset::no_colour_description, 10, true};
-  const Answer hopeless{handset::no_colour_description, 10, false};
+  const Answer hopeless{handset::no_colour_description, 10};
+  const Answer last{"", 5, false, true};
   const struct {
     std::vector<Answer> answers;
     int rate;
     int chosen;
     bool described;
-  } cases[] = {
-      {{quick, quick}, 30, 0, false},     {{slow, quick}, 30, 1, false}, {{slow, quick, slow}, 60, 1, false},
-      {{broken, slow}, 30, 1, false},     {{bare, quick}, 30, 0, true},  {{hopeless, slow}, 30, 1, false},
-      {{hopeless, broken}, 30, 0, false}, {{broken}, 30, -1, false},     {{quick, {"", 25, false}}, 42, 0, false}};
+  } cases[] = {{{quick, quick}, 30, 0, false},     {{slow, quick}, 30, 1, false}, {{slow, quick, slow}, 60, 1, false},
+               {{broken, slow}, 30, 1, false},     {{bare, quick}, 30, 0, true},  {{hopeless, slow}, 30, 1, false},
+               {{hopeless, broken}, 30, 0, false}, {{broken}, 30, -1, false},     {{slow, last}, 30, 0, false},
+               {{broken, last}, 30, 1, false},     {{quick, fair}, 42, 0, false}};
   for (const auto& row : cases) {
     std::vector<VideoEncoder> candidates;
-    for (std::size_t i = 0; i < row.answers.size(); ++i) candidates.push_back({std::to_string(i), "", "", false});
+    for (std::size_t i = 0; i < row.answers.size(); ++i) {
+      candidates.push_back({std::to_string(i), "", "", false, row.answers[i].last_resort});
+    }
     const auto prove = [&](const VideoEncoder& encoder) -> handset::EncoderProof {
       const Answer& answer = row.answers[std::stoul(encoder.element)];
       const bool mended = answer.describable && encoder.describe;
