@@ -7,7 +7,6 @@
 
 #include "engine/filter_thread.h"
 #include "engine/frame_planes.h"
-#include "engine/kernels/color_kernels.h"
 #include "engine/kernels/reference.h"
 
 std::atomic<std::int32_t> _u = 128, _v = 128, _y = 128;
@@ -80,11 +79,6 @@ std::uint8_t mask_byte(int slab, int u_level, int v_level, double threshold, col
 
 double clamped_component(double value) {
   return std::max(std::min(value, 255.0), 0.0) / 255;
-}
-
-void fill_pairs(const camera_buffer_t& input, const camera_buffer_t& output, std::uint8_t u, std::uint8_t v) {
-  kernels::fill_pairs(output.data + chroma_offset(output), chroma_stride(output), input.nv12.width,
-                      input.nv12.height / 2, u, v);
 }
 
 }  // namespace
@@ -161,21 +155,31 @@ void changeFilterColor(float value) {
   _color_filter_value = value;
 }
 
-void apply_color_fill(std::int32_t effect, const camera_buffer_t& input, const camera_buffer_t& output) {
-  const camera_frame_nv12_t& size = input.nv12;
-  if (effect == effect_custom) {
-    fill_pairs(input, output, static_cast<std::uint8_t>(_u.load() & 0xFF), static_cast<std::uint8_t>(_v.load() & 0xFF));
-  } else if (effect == effect_flat_luma) {
-    kernels::fill_bytes(output.data, luma_stride(output), size.width, size.height, flat_luma);
-  } else if (effect == effect_greyscale) {
-    kernels::fill_bytes(output.data + chroma_offset(output), chroma_stride(output), size.width, size.height / 2,
-                        grey_chroma);
-  } else {
-    fill_pairs(input, output, tints[effect - 1].u, tints[effect - 1].v);
-  }
+color_edit color_edit_of(std::int32_t effect) {
+  using enum color_edit::kind;
+  if (effect == -1) return {none, 0, 0, std::nullopt};
+  if (effect < 0 || effect > effect_greyscale) return {mask, 0, 0, kernels::color_mask(filter_bitmask)};
+  if (effect == effect_flat_luma) return {luma, flat_luma, 0, std::nullopt};
+  if (effect == effect_greyscale) return {chroma, grey_chroma, 0, std::nullopt};
+  const auto low_byte = [](std::int32_t component) { return static_cast<std::uint8_t>(component & 0xFF); };
+  if (effect == effect_custom) return {pairs, low_byte(_u), low_byte(_v), std::nullopt};
+  return {pairs, tints[effect - 1].u, tints[effect - 1].v, std::nullopt};
 }
 
-void apply_color_mask(const camera_buffer_t& input, const camera_buffer_t& output) {
-  kernels::keep_color(output.data, luma_stride(output), output.data + chroma_offset(output), chroma_stride(output),
-                      input.nv12.width, input.nv12.height, filter_bitmask);
+void apply_color_edit(const color_edit& edit, const camera_buffer_t& input, const camera_buffer_t& output) {
+  const std::size_t width = input.nv12.width, height = input.nv12.height;
+  std::uint8_t* const chroma = output.data + chroma_offset(output);
+  switch (edit.what) {
+    case color_edit::kind::none:
+      return;
+    case color_edit::kind::pairs:
+      return kernels::fill_pairs(chroma, chroma_stride(output), width, height / 2, edit.value, edit.second);
+    case color_edit::kind::luma:
+      return kernels::fill_bytes(output.data, luma_stride(output), width, height, edit.value);
+    case color_edit::kind::chroma:
+      return kernels::fill_bytes(chroma, chroma_stride(output), width, height / 2, edit.value);
+    case color_edit::kind::mask:
+      return kernels::keep_color(output.data, luma_stride(output), chroma, chroma_stride(output), width, height,
+                                 *edit.mask);
+  }
 }

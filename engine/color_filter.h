@@ -5,7 +5,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 
+#include "engine/kernels/color_kernels.h"
 #include "platform/camera/camera.h"
 
 /// Colour-keep predicates, in the order of the builder's table.
@@ -57,7 +59,15 @@ void changeCustomColor(int type, float value);
 /// on. Does nothing while _busy. UI thread.
 void changeFilterColor(float value);
 
-/// Effects 0 to 7 on the output of a frame pair. Filter thread, engine lock held.
-void apply_color_fill(std::int32_t effect, const camera_buffer_t& input, const camera_buffer_t& output);
-/// Greys every 2x2 block whose colour cell's bit in filter_bitmask is clear. Filter thread, engine lock held.
-void apply_color_mask(const camera_buffer_t& input, const camera_buffer_t& output);
+/// What a color filter does to a frame, decided once for all its strips.
+struct color_edit {
+  enum class kind : std::uint8_t { none, pairs, luma, chroma, mask };
+  kind what;
+  std::uint8_t value, second;               ///< fills: the sample, or U and V
+  std::optional<kernels::color_mask> mask;  ///< of filter_bitmask, which must not change meanwhile
+};
+
+/// The edit of an effect id with the custom color and the mask of this moment. Filter thread, engine lock held.
+color_edit color_edit_of(std::int32_t effect);
+/// Edits the output of a frame pair, or of the same strip of both. Filter thread, engine lock held.
+void apply_color_edit(const color_edit& edit, const camera_buffer_t& input, const camera_buffer_t& output);

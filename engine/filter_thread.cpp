@@ -5,9 +5,6 @@
 #include <cstdio>
 #include <thread>
 
-#include "engine/color_filter.h"
-#include "engine/overlay.h"
-
 std::atomic<std::int32_t> _cur_camera_filter = -1;
 std::atomic<bool> _include_logo = true;
 std::atomic<bool> _include_logo_original_color = false;
@@ -89,36 +86,10 @@ void run_frames(camera_handle_t handle, camera_eventkey_t key, int chid) {
   }
 }
 
-void apply_color_effect(const camera_buffer_t& input, const camera_buffer_t& output) {
-  const std::int32_t effect = _cur_camera_filter;
-  if (effect == -1) return;
-  if (effect >= 0 && effect <= 7) {
-    apply_color_fill(effect, input, output);
-  } else {
-    apply_color_mask(input, output);
-  }
-}
-
 }  // namespace
 
 std::mutex& engine_lock() {
   return engine_mutex;
-}
-
-void process_frame(const camera_buffer_t& input, const camera_buffer_t& output) {
-  if (_screen_recording) return;
-  if (input.metadata_size == broken_frame_metadata_size) {
-    std::fputs("framesize error\n", stderr);
-    return;
-  }
-  const std::lock_guard lock(engine_mutex);
-  // Read once: a change between the two places would blend the overlay into a frame twice.
-  const bool with_logo = logo_image.enabled && _include_logo;
-  const bool own_color = _include_logo_original_color;
-  if (with_logo && !own_color) logo_filter(logo_image, &input, &output);
-  if (datetime_image.enabled) logo_filter(datetime_image, &input, &output);
-  apply_color_effect(input, output);
-  if (with_logo && own_color) logo_filter(logo_image, &input, &output);
 }
 
 void* filter_thread([[maybe_unused]] void* unused) {

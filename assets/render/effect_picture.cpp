@@ -53,12 +53,8 @@ QImage throughFilter(const QImage& picture, int effect) {
   if (effect < 0) return result;
   Frame frame(result);
   FilterColorMatch which{};
-  if (color_match_for_effect(effect, &which)) {
-    filter_init(_color_filter_value, which);
-    apply_color_mask(frame.descriptor, frame.descriptor);
-  } else {
-    apply_color_fill(effect, frame.descriptor, frame.descriptor);
-  }
+  if (color_match_for_effect(effect, &which)) filter_init(_color_filter_value, which);
+  apply_color_edit(color_edit_of(effect), frame.descriptor, frame.descriptor);
   for (int y = 0; y < result.height(); ++y) {
     for (int x = 0; x < result.width(); ++x) result.setPixel(x, y, frame.at(x, y, qAlpha(result.pixel(x, y))));
   }

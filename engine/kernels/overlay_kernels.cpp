@@ -25,6 +25,50 @@ std::size_t BlendRowPair(const blend_planes&, std::size_t) {
 
 #else
 
+#if HWY_ARCH_X86
+
+/// Products of bytes and signed bytes, pairs of them added.
+inline __m128i AddedProducts(__m128i bytes, __m128i signed_bytes) {
+  return _mm_maddubs_epi16(bytes, signed_bytes);
+}
+inline __m128i Packed(__m128i lower, __m128i upper) {
+  return _mm_packus_epi16(lower, upper);
+}
+#if HWY_TARGET <= HWY_AVX2
+inline __m256i AddedProducts(__m256i bytes, __m256i signed_bytes) {
+  return _mm256_maddubs_epi16(bytes, signed_bytes);
+}
+inline __m256i Packed(__m256i lower, __m256i upper) {
+  return _mm256_packus_epi16(lower, upper);
+}
+#endif
+#if HWY_TARGET <= HWY_AVX3
+inline __m512i AddedProducts(__m512i bytes, __m512i signed_bytes) {
+  return _mm512_maddubs_epi16(bytes, signed_bytes);
+}
+inline __m512i Packed(__m512i lower, __m512i upper) {
+  return _mm512_packus_epi16(lower, upper);
+}
+#endif
+
+/// ((255 - alpha) * background + alpha * overlay) >> 8. The opacities are the multiplication's bytes; both pictures
+/// are made signed by taking off 128, which takes 255 * 128 off the sum and keeps it within 16 bits.
+template <class D8, class V8 = hn::Vec<D8>>
+V8 Mix(D8 d8, V8 background, V8 overlay, V8 alpha) {
+  const hn::RepartitionToWide<D8> d16;
+  using vector16 = hn::Vec<decltype(d16)>;
+  const auto half = hn::Set(d8, 128);
+  const auto b = hn::Xor(background, half), o = hn::Xor(overlay, half), rest = hn::Not(alpha);
+  const auto shifted = [d16](auto sum) { return hn::ShiftRight<8>(hn::Add(vector16{sum}, hn::Set(d16, 255 * 128))); };
+  const auto lower =
+      shifted(AddedProducts(hn::InterleaveLower(d8, rest, alpha).raw, hn::InterleaveLower(d8, b, o).raw));
+  const auto upper =
+      shifted(AddedProducts(hn::InterleaveUpper(d8, rest, alpha).raw, hn::InterleaveUpper(d8, b, o).raw));
+  return V8{Packed(lower.raw, upper.raw)};
+}
+
+#else
+
 /// ((255 - alpha) * background + alpha * overlay) >> 8 as 255 * background + alpha * (overlay - background):
 /// the sum fits 16 bits, so wrapping on the way there does no harm.
 template <class D8, class V8 = hn::Vec<D8>>
@@ -40,6 +84,8 @@ V8 Mix(D8 d8, V8 background, V8 overlay, V8 alpha) {
   return hn::BitCast(d8, hn::Or(hn::ShiftRight<8>(even), hn::AndNot(low_byte, odd)));
 }
 
+#endif
+
 /// One row of luma, or of chroma pairs.
 struct blend_row {
   const std::uint8_t* background;
@@ -49,32 +95,44 @@ struct blend_row {
   std::uint8_t* target;
 };
 
-/// From sample x on, as many whole vectors as there are.
+/// From sample x on, as many whole vectors as there are. Hardly a vector has both opaque blocks and others, so only
+/// such a one is mixed and chosen from.
 /// @return the sample it has come to
-template <class D8>
+template <bool luma, class D8>
 std::size_t BlendVectors(D8 d8, const blend_row& row, std::size_t x, std::size_t count) {
   const hn::RepartitionToWide<D8> d16;
   const hn::Rebind<std::uint8_t, decltype(d16)> d8_blocks;
   for (; x + hn::Lanes(d8) <= count; x += hn::Lanes(d8)) {
-    const auto block = hn::PromoteTo(d16, hn::LoadU(d8_blocks, row.block_alpha + x / 2));
-    const auto block_alpha = hn::BitCast(d8, hn::Or(block, hn::ShiftLeft<8>(block)));
-    const auto opaque = hn::Eq(block_alpha, hn::Set(d8, 255));
+    const auto blocks = hn::LoadU(d8_blocks, row.block_alpha + x / 2);
+    const auto opaque_blocks = hn::Eq(blocks, hn::Set(d8_blocks, 255));
     const auto overlay = hn::LoadU(d8, row.overlay + x);
-    if (hn::AllTrue(d8, opaque)) {
+    if (hn::AllTrue(d8_blocks, opaque_blocks)) {
       hn::StoreU(overlay, d8, row.target + x);
       continue;
     }
-    const auto alpha = row.alpha == nullptr ? block_alpha : hn::LoadU(d8, row.alpha + x);
-    const auto mixed = Mix(d8, hn::LoadU(d8, row.background + x), overlay, alpha);
-    hn::StoreU(hn::IfThenElse(opaque, overlay, mixed), d8, row.target + x);
+    const auto of_both = [&] {
+      const auto block = hn::PromoteTo(d16, blocks);
+      return hn::BitCast(d8, hn::Or(block, hn::ShiftLeft<8>(block)));
+    };
+    hn::Vec<D8> alpha;
+    if constexpr (luma) {
+      alpha = hn::LoadU(d8, row.alpha + x);
+    } else {
+      alpha = of_both();
+    }
+    auto mixed = Mix(d8, hn::LoadU(d8, row.background + x), overlay, alpha);
+    if (!hn::AllFalse(d8_blocks, opaque_blocks))
+      mixed = hn::IfThenElse(hn::Eq(of_both(), hn::Set(d8, 255)), overlay, mixed);
+    hn::StoreU(mixed, d8, row.target + x);
   }
   return x;
 }
 
 /// A second round with short vectors leaves little to the plain code.
+template <bool luma>
 std::size_t BlendRow(const blend_row& row, std::size_t count) {
-  const std::size_t done = BlendVectors(hn::ScalableTag<std::uint8_t>(), row, 0, count);
-  return BlendVectors(hn::CappedTag<std::uint8_t, 16>(), row, done, count);
+  const std::size_t done = BlendVectors<luma>(hn::ScalableTag<std::uint8_t>(), row, 0, count);
+  return BlendVectors<luma>(hn::CappedTag<std::uint8_t, 16>(), row, done, count);
 }
 
 /// Two rows of luma and theirs of chroma, one after the other: the CPU follows few streams of memory better
@@ -82,9 +140,9 @@ std::size_t BlendRow(const blend_row& row, std::size_t count) {
 /// @return columns done
 std::size_t BlendRowPair(const blend_planes& at, std::size_t columns) {
   std::uint8_t* const below = at.frame_luma + at.frame_stride;
-  BlendRow({at.frame_luma, at.luma, at.alpha, at.chroma_alpha, at.frame_luma}, columns);
-  BlendRow({below, at.luma + at.stride, at.alpha + at.stride, at.chroma_alpha, below}, columns);
-  return BlendRow({at.background_chroma, at.chroma, nullptr, at.chroma_alpha, at.frame_chroma}, columns);
+  BlendRow<true>({at.frame_luma, at.luma, at.alpha, at.chroma_alpha, at.frame_luma}, columns);
+  BlendRow<true>({below, at.luma + at.stride, at.alpha + at.stride, at.chroma_alpha, below}, columns);
+  return BlendRow<false>({at.background_chroma, at.chroma, nullptr, at.chroma_alpha, at.frame_chroma}, columns);
 }
 
 #endif

@@ -21,13 +21,13 @@ void fill_pairs(std::uint8_t* chroma, std::ptrdiff_t stride, std::size_t width, 
 }
 
 void keep_color(const std::uint8_t* luma, std::ptrdiff_t luma_stride, std::uint8_t* chroma,
-                std::ptrdiff_t chroma_stride, std::size_t width, std::size_t height, const std::uint8_t* mask) {
+                std::ptrdiff_t chroma_stride, std::size_t width, std::size_t height, const color_mask& mask) {
   for (std::size_t row = 0; row < height / 2; ++row, luma += 2 * luma_stride, chroma += chroma_stride) {
     const std::uint8_t* below = luma + luma_stride;
     for (std::size_t x = 0; x < width; x += 2) {
       const unsigned sum = luma[x] + luma[x + 1] + below[x] + below[x + 1];
       const unsigned index = ((chroma[x] & 0xF8u) << 2) | (chroma[x + 1] >> 3) | ((sum << 2) & 0xC00u);
-      if (((mask[index] >> ((sum >> 5) & 7)) & 1) == 0) {
+      if (((mask.cells[index] >> ((sum >> 5) & 7)) & 1) == 0) {
         chroma[x] = 127;
         chroma[x + 1] = 127;
       }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/kernels/color_kernels.h"
 #include "engine/kernels/overlay_kernels.h"
 
 namespace kernels::reference {
@@ -16,7 +17,7 @@ void fill_pairs(std::uint8_t* chroma, std::ptrdiff_t stride, std::size_t width, 
                 std::uint8_t v);
 
 void keep_color(const std::uint8_t* luma, std::ptrdiff_t luma_stride, std::uint8_t* chroma,
-                std::ptrdiff_t chroma_stride, std::size_t width, std::size_t height, const std::uint8_t* mask);
+                std::ptrdiff_t chroma_stride, std::size_t width, std::size_t height, const color_mask& mask);
 
 void blend(const blend_planes& planes, std::size_t columns, std::size_t rows);
 
