@@ -13,6 +13,9 @@ logo_image_s datetime_image = {};
 
 namespace {
 
+/// A vector that straddles two cache lines costs two loads.
+constexpr std::align_val_t plane_alignment{64};
+
 /// Part of an overlay that lies in the frame, along one axis, in whole 2x2 blocks.
 struct clipped_span {
   std::ptrdiff_t in_overlay;  ///< first sample, even
@@ -37,15 +40,16 @@ logo_image_s allocate_overlay(std::int32_t width, std::int32_t height) {
           .y = 0,
           .width = width,
           .height = height,
-          .luma = new std::uint8_t[pixels],
-          .chroma = new std::uint8_t[pixels / 2],
-          .alpha = new std::uint8_t[pixels],
-          .chroma_alpha = new std::uint8_t[pixels / 4],
+          .luma = new (plane_alignment) std::uint8_t[pixels],
+          .chroma = new (plane_alignment) std::uint8_t[pixels / 2],
+          .alpha = new (plane_alignment) std::uint8_t[pixels],
+          .chroma_alpha = new (plane_alignment) std::uint8_t[pixels / 4],
           .enabled = false};
 }
 
 void free_overlay(logo_image_s& record) {
-  for (const std::uint8_t* plane : {record.luma, record.chroma, record.alpha, record.chroma_alpha}) delete[] plane;
+  for (std::uint8_t* plane : {record.luma, record.chroma, record.alpha, record.chroma_alpha})
+    ::operator delete[](plane, plane_alignment);
   record = {};
 }
 

@@ -120,10 +120,10 @@ std::size_t SortBlocks(const std::uint8_t* above, const std::uint8_t* below, std
 /// One by one, which is faster than gathering. `count` is whole vectors, of eight lanes at least.
 void LookUpCells(const std::uint8_t* mask, std::size_t count, round_cells& cells) {
   for (std::size_t i = 0; i < count; i += 4) {
-    cells.byte[i] = mask[cells.byte[i]];
-    cells.byte[i + 1] = mask[cells.byte[i + 1]];
-    cells.byte[i + 2] = mask[cells.byte[i + 2]];
-    cells.byte[i + 3] = mask[cells.byte[i + 3]];
+    const std::uint64_t four[] = {mask[cells.byte[i]], mask[cells.byte[i + 1]], mask[cells.byte[i + 2]],
+                                  mask[cells.byte[i + 3]]};
+    const std::uint64_t packed = four[0] | four[1] << 16 | four[2] << 32 | four[3] << 48;
+    std::memcpy(cells.byte + i, &packed, sizeof packed);
   }
 }
 

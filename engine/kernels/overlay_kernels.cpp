@@ -95,54 +95,72 @@ struct blend_row {
   std::uint8_t* target;
 };
 
-/// From sample x on, as many whole vectors as there are. Hardly a vector has both opaque blocks and others, so only
-/// such a one is mixed and chosen from.
-/// @return the sample it has come to
-template <bool luma, class D8>
-std::size_t BlendVectors(D8 d8, const blend_row& row, std::size_t x, std::size_t count) {
+/// Opacity of both samples of each block.
+template <class D8, class VBlocks>
+hn::Vec<D8> OfBoth(D8 d8, VBlocks blocks) {
   const hn::RepartitionToWide<D8> d16;
-  const hn::Rebind<std::uint8_t, decltype(d16)> d8_blocks;
+  const auto block = hn::PromoteTo(d16, blocks);
+  return hn::BitCast(d8, hn::Or(block, hn::ShiftLeft<8>(block)));
+}
+
+/// From sample x on, as many whole vectors as there are.
+/// @tparam some_opaque  looks for opaque blocks, which a row may be known to have none of
+/// @return the sample it has come to
+template <bool luma, bool some_opaque, class D8>
+std::size_t BlendVectors(D8 d8, const blend_row& row, std::size_t x, std::size_t count) {
+  const hn::Rebind<std::uint8_t, hn::RepartitionToWide<D8>> d8_blocks;
   for (; x + hn::Lanes(d8) <= count; x += hn::Lanes(d8)) {
     const auto blocks = hn::LoadU(d8_blocks, row.block_alpha + x / 2);
-    const auto opaque_blocks = hn::Eq(blocks, hn::Set(d8_blocks, 255));
     const auto overlay = hn::LoadU(d8, row.overlay + x);
-    if (hn::AllTrue(d8_blocks, opaque_blocks)) {
+    const auto opaque_blocks = hn::Eq(blocks, hn::Set(d8_blocks, 255));
+    if (some_opaque && hn::AllTrue(d8_blocks, opaque_blocks)) {
       hn::StoreU(overlay, d8, row.target + x);
       continue;
     }
-    const auto of_both = [&] {
-      const auto block = hn::PromoteTo(d16, blocks);
-      return hn::BitCast(d8, hn::Or(block, hn::ShiftLeft<8>(block)));
-    };
     hn::Vec<D8> alpha;
     if constexpr (luma) {
       alpha = hn::LoadU(d8, row.alpha + x);
     } else {
-      alpha = of_both();
+      alpha = OfBoth(d8, blocks);
     }
     auto mixed = Mix(d8, hn::LoadU(d8, row.background + x), overlay, alpha);
-    if (!hn::AllFalse(d8_blocks, opaque_blocks))
-      mixed = hn::IfThenElse(hn::Eq(of_both(), hn::Set(d8, 255)), overlay, mixed);
+    if (some_opaque && !hn::AllFalse(d8_blocks, opaque_blocks))
+      mixed = hn::IfThenElse(hn::Eq(OfBoth(d8, blocks), hn::Set(d8, 255)), overlay, mixed);
     hn::StoreU(mixed, d8, row.target + x);
   }
   return x;
 }
 
 /// A second round with short vectors leaves little to the plain code.
-template <bool luma>
+template <bool luma, bool some_opaque>
 std::size_t BlendRow(const blend_row& row, std::size_t count) {
-  const std::size_t done = BlendVectors<luma>(hn::ScalableTag<std::uint8_t>(), row, 0, count);
-  return BlendVectors<luma>(hn::CappedTag<std::uint8_t, 16>(), row, done, count);
+  const std::size_t done = BlendVectors<luma, some_opaque>(hn::ScalableTag<std::uint8_t>(), row, 0, count);
+  return BlendVectors<luma, some_opaque>(hn::CappedTag<std::uint8_t, 16>(), row, done, count);
+}
+
+bool AnyOpaque(const std::uint8_t* block_alpha, std::size_t blocks) {
+  const hn::ScalableTag<std::uint8_t> d8;
+  auto most = hn::Zero(d8);
+  std::size_t x = 0;
+  for (; x + hn::Lanes(d8) <= blocks; x += hn::Lanes(d8)) most = hn::Max(most, hn::LoadU(d8, block_alpha + x));
+  if (!hn::AllFalse(d8, hn::Eq(most, hn::Set(d8, 255)))) return true;
+  return std::find(block_alpha + x, block_alpha + blocks, 255) != block_alpha + blocks;
 }
 
 /// Two rows of luma and theirs of chroma, one after the other: the CPU follows few streams of memory better
 /// than many, which matters more than reading the blocks' opacities three times.
 /// @return columns done
-std::size_t BlendRowPair(const blend_planes& at, std::size_t columns) {
+template <bool some_opaque>
+std::size_t BlendRows(const blend_planes& at, std::size_t columns) {
   std::uint8_t* const below = at.frame_luma + at.frame_stride;
-  BlendRow<true>({at.frame_luma, at.luma, at.alpha, at.chroma_alpha, at.frame_luma}, columns);
-  BlendRow<true>({below, at.luma + at.stride, at.alpha + at.stride, at.chroma_alpha, below}, columns);
-  return BlendRow<false>({at.background_chroma, at.chroma, nullptr, at.chroma_alpha, at.frame_chroma}, columns);
+  BlendRow<true, some_opaque>({at.frame_luma, at.luma, at.alpha, at.chroma_alpha, at.frame_luma}, columns);
+  BlendRow<true, some_opaque>({below, at.luma + at.stride, at.alpha + at.stride, at.chroma_alpha, below}, columns);
+  return BlendRow<false, some_opaque>({at.background_chroma, at.chroma, nullptr, at.chroma_alpha, at.frame_chroma},
+                                      columns);
+}
+
+std::size_t BlendRowPair(const blend_planes& at, std::size_t columns) {
+  return AnyOpaque(at.chroma_alpha, columns / 2) ? BlendRows<true>(at, columns) : BlendRows<false>(at, columns);
 }
 
 #endif

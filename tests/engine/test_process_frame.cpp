@@ -161,6 +161,57 @@ TEST_F(ProcessFrame, OverlaysAndStampComeInTheirOrder) {
   }
 }
 
+/// The steps one after the other, each over the whole frame.
+void process_by_steps(test_frame& frame, const overlay_planes& logo, bool own_color, const overlay_planes& stamp,
+                      std::int32_t effect) {
+  if (!own_color) blend(frame, logo);
+  blend(frame, stamp);
+  expect_effect(frame, effect, 0.6);
+  if (own_color) blend(frame, logo);
+}
+
+TEST_F(ProcessFrame, StripsEqualStepsOverWholeFrames) {
+  _u = 300;
+  _v = 77 - 256;
+  // Frames of several strips and of a part of one; overlays that begin and end within strips or beyond the frame.
+  const std::uint32_t sizes[][3] = {{640, 480, 0}, {853, 203, 7}, {1022, 131, 0}, {4096, 35, 64}, {20002, 9, 0}};
+  for (const auto& [width, height, padding] : sizes) {
+    const auto right = static_cast<std::int32_t>(width), bottom = static_cast<std::int32_t>(height);
+    overlay_planes logo((right + 40) & ~3, (bottom + 40) & ~3, width), stamp(232, 44, height);
+    logo.record.x = logo.record.y = -18;
+    stamp.record.x = right - 201;
+    stamp.record.y = bottom - 39;
+    for (std::int32_t effect = -1; effect <= 11; ++effect) {
+      _cur_camera_filter = effect;
+      FilterColorMatch which{};
+      if (color_match_for_effect(effect, &which)) filter_init(0.6, which);
+      for (const bool own_color : {false, true}) {
+        _include_logo_original_color = own_color;
+        logo_image = logo.record;
+        datetime_image = stamp.record;
+        test_frame actual(width, height, padding, width + height), expected = actual;
+        process(actual);
+        process_by_steps(expected, logo, own_color, stamp, effect);
+        ASSERT_TRUE(same_picture(actual, expected)) << "effect " << effect << ", own color " << own_color;
+      }
+    }
+  }
+}
+
+TEST_F(ProcessFrame, BlendsAddressBothPicturesAsTheInputSays) {
+  const overlay_planes logo(64, 200, 1);
+  logo_image = logo.record;
+  _cur_camera_filter = 4;
+  test_frame actual(1024, 200, 6, 1), expected = actual;
+  const camera_buffer_t output = actual.descriptor(), expected_output = expected.descriptor();
+  camera_buffer_t input = output, expected_input = expected_output;
+  for (camera_buffer_t* narrow : {&input, &expected_input}) narrow->nv12 = {200, 512, 512, 512 * 200, 512};
+  process_frame(input, output);
+  logo_filter(logo.record, &expected_input, &expected_output);
+  apply_color_edit(color_edit_of(4), expected_input, expected_output);
+  EXPECT_TRUE(same_picture(actual, expected));
+}
+
 TEST_F(ProcessFrame, DisabledRecordsAreNotBlended) {
   const overlay_planes logo(40, 40, 1);
   logo_image = datetime_image = logo.record;
