@@ -13,9 +13,9 @@ build_packages="g++ cmake ninja-build pkg-config
   libglib2.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libavcodec-dev libhwy-dev libyuv-dev zlib1g-dev
   qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev $run_packages"
 
-# To test: the frameworks, a second opinion on the films, a camera without hardware.
+# To test: the frameworks, a second opinion on the films, a camera without hardware, a disk whose power fails.
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dbus pipewire wireplumber gstreamer1.0-tools
-  desktop-file-utils appstream xvfb"
+  desktop-file-utils appstream xvfb xfsprogs e2fsprogs"
 
 # To test with cameras in a virtual machine.
 webcam_packages="qemu-system-x86 busybox-static kmod cpio udev v4l-utils pipewire-pulse $test_packages"

@@ -4,39 +4,25 @@
 
 #include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include "platform/camera/camera_config.h"
 #include "platform/camera/colorimetry.h"
 #include "platform/camera/encoders.h"
 #include "platform/camera/handover.h"
 #include "platform/camera/microphone.h"
-#include "platform/camera/mp4_compact.h"
 #include "platform/camera/range.h"
 
 namespace handset {
 namespace {
 
-/// Index bytes for a second of one track. A 30 frames/s camera needs some 430 (sizes and jittering
-/// durations of samples, chunk offsets), AAC some 280; 60 frames/s some 800.
-constexpr int index_bytes_per_second = 900;
-/// How often the index is rewritten; with the encoder's and the sound's delay this bounds what a kill loses.
-constexpr std::chrono::milliseconds index_period{700};
-
-std::string muxer_description(const Film::Setup& setup) {
-  const auto ns = [](auto duration) { return std::to_string(std::chrono::nanoseconds(duration).count()); };
-  return "mp4mux name=mux reserved-max-duration=" + ns(setup.index_reserve) +
-         " reserved-moov-update-period=" + ns(index_period) +
-         " reserved-bytes-per-sec=" + std::to_string(index_bytes_per_second) +
-         " ! filesink name=file sync=false buffer-mode=unbuffered";
-}
+/// With the encoder's and the sound's delay this bounds what a kill loses. At its end there is no way back to what was
+/// written: the file is completed by other means.
+constexpr char muxer_description[] =
+    "mp4mux name=mux fragment-duration=500 streamable=true ! appsink name=file sync=false async=false max-buffers=64";
 
 /// Encoded data may wait long for the other track: it is small.
 constexpr char mux_queue[] = " ! queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ! mux. ";
-
-int errno_of(const GError* error) {
-  if (g_error_matches(error, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT)) return ENOSPC;
-  return EIO;
-}
 
 }  // namespace
 
@@ -51,6 +37,10 @@ Film::~Film() {
 }
 
 bool Film::build(std::string* error) {
+  if (const int problem = file_.open(setup_.path)) {
+    *error = std::strerror(error_ = problem);
+    return false;
+  }
   size_ = {static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(setup_.info.get())),
            static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(setup_.info.get()))};
   nominal_rate_ =
@@ -66,7 +56,7 @@ bool Film::build(std::string* error) {
     description += "appsrc name=audio format=time is-live=true max-bytes=0 caps=" + std::string(audio_caps) + " ! " +
                    audio_encoder_description() + mux_queue;
   }
-  description += muxer_description(setup_);
+  description += muxer_description;
   GError* problem = nullptr;
   pipeline_ =
       ElementPtr::adopt(gst_parse_launch_full(description.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &problem));
@@ -84,22 +74,14 @@ bool Film::build(std::string* error) {
   };
   video_ = child("video");
   audio_ = child("audio");
-  muxer_ = child("mux");
+  const ElementPtr muxer = child("mux");
   // The muxer would derive the unit of its timestamps from the frame rate, and round a camera's jitter to it.
-  const auto track = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(muxer_.get(), "video_0"));
+  const auto track = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(muxer.get(), "video_0"));
   if (track) g_object_set(track.get(), "trak-timescale", 90000, nullptr);
   bus_ = BusPtr::adopt(gst_element_get_bus(pipeline_.get()));
-  const ElementPtr file = child("file");
-  g_object_set(file.get(), "location", setup_.path.c_str(), nullptr);
-  const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(file.get(), "sink"));
-  gst_pad_add_probe(
-      pad.get(), GST_PAD_PROBE_TYPE_BUFFER,
-      [](GstPad*, GstPadProbeInfo*, gpointer self) {
-        const CalledBack scope(self);
-        static_cast<Film*>(self)->in_file_ = true;
-        return GST_PAD_PROBE_REMOVE;
-      },
-      this, nullptr);
+  GstAppSinkCallbacks writing{};
+  writing.new_sample = [](GstAppSink* sink, gpointer self) { return static_cast<Film*>(self)->write(sink); };
+  gst_app_sink_set_callbacks(GST_APP_SINK(child("file").get()), &writing, this, nullptr);
 
   const auto parsed = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(child("parse").get(), "src"));
   gst_pad_add_probe(parsed.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, drop_container_colours, nullptr, nullptr);
@@ -118,6 +100,15 @@ bool Film::build(std::string* error) {
   check();
   *error = failure_.empty() ? "the encoder does not start" : failure_;
   return false;
+}
+
+/// Writes the muxer's next bytes. The muxer's thread.
+GstFlowReturn Film::write(GstAppSink* sink) {
+  const CalledBack scope(this);
+  const SamplePtr sample = SamplePtr::adopt(gst_app_sink_pull_sample(sink));
+  if (!sample) return GST_FLOW_EOS;
+  GstBuffer* buffer = gst_sample_get_buffer(sample.get());
+  return file_.append(BufferPtr::share(buffer)) == 0 ? GST_FLOW_OK : GST_FLOW_ERROR;
 }
 
 void Film::set_ready(bool ready) {
@@ -167,7 +158,7 @@ bool Film::lighten() {
 int Film::take_message(GstMessage* message) {
   GError* error = nullptr;
   gst_message_parse_error(message, &error, nullptr);
-  error_ = errno_of(error);
+  error_ = EIO;
   failure_ = error->message;
   g_error_free(error);
   return error_;
@@ -175,15 +166,16 @@ int Film::take_message(GstMessage* message) {
 
 int Film::check() {
   if (error_ != 0) return error_;
+  // Before the pipeline's own word for it, which says nothing of the reason.
+  if ((error_ = file_.error()) != 0) {
+    failure_ = std::strerror(error_);
+    return error_;
+  }
   const MessagePtr message = MessagePtr::adopt(gst_bus_pop_filtered(bus_.get(), GST_MESSAGE_ERROR));
-  return message ? take_message(message.get()) : 0;
-}
-
-std::chrono::seconds Film::index_remaining() const {
-  guint64 remaining = 0;
-  g_object_get(muxer_.get(), "reserved-duration-remaining", &remaining, nullptr);
-  if (remaining == GST_CLOCK_TIME_NONE) return setup_.index_reserve;  // nothing was muxed yet
-  return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::nanoseconds(remaining));
+  if (!message) return 0;
+  take_message(message.get());
+  if (file_.error() != 0) failure_ = std::strerror(error_ = file_.error());
+  return error_;
 }
 
 int Film::finish() {
@@ -201,8 +193,10 @@ int Film::finish() {
     }
   }
   gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
-  // Only a matter of size: a film that cannot be made smaller is complete all the same.
-  if (error_ == 0) compact_mp4(setup_.path);
+  taken_back(this);
+  if (const int error = file_.complete(); error != 0 && (error_ == 0 || error_ == EIO)) {
+    failure_ = std::strerror(error_ = error);
+  }
   return error_;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <atomic>
+#include <gst/app/gstappsink.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -10,15 +11,16 @@
 #include <string>
 
 #include "platform/camera/encoders.h"
+#include "platform/camera/film_file.h"
 #include "platform/camera/frame.h"
 
 namespace handset {
 
 /// One MP4 file in the making: the encoder pipeline, fresh for every file.
 ///
-/// The muxer keeps room for the index in front of the media and rewrites the index there as it goes, so
-/// the file can be played at any moment, also after the process was killed. Used from one thread at a
-/// time; only wait_ready's wake-ups come from the pipeline's own threads.
+/// The muxer writes fragments, so the file can be played at any moment, also after the process was killed; FilmFile
+/// makes an ordinary MP4 of them at the end. Used from one thread at a time; only wait_ready's wake-ups and the writing
+/// come from the pipeline's own threads.
 class Film {
  public:
   struct Setup {
@@ -27,8 +29,7 @@ class Film {
     int rate_numerator;  ///< frames per second; a variable rate is told as the nominal one
     int rate_denominator;
     bool sound;
-    std::int64_t start;                  ///< CLOCK_MONOTONIC nanoseconds that become time 0
-    std::chrono::seconds index_reserve;  ///< length that the index has room for
+    std::int64_t start;  ///< CLOCK_MONOTONIC nanoseconds that become time 0
   };
 
   /// Builds and starts.
@@ -39,7 +40,11 @@ class Film {
   /// Waits until the pipeline takes another frame. @return false at the end of the time, or when it has failed
   bool wait_ready(std::chrono::milliseconds limit);
   /// Whether data has reached the file.
-  bool in_file() const { return in_file_; }
+  bool in_file() const { return file_.has_head(); }
+  /// Whether a picture has, which makes it a film.
+  bool has_picture() const { return file_.has_picture(); }
+  /// Bytes in the file so far.
+  std::uint64_t bytes() const { return file_.bytes(); }
   /// Feeds a frame; its time is relative to Setup::start and must grow.
   void push_video(const Frame& frame);
   /// Feeds sound (audio_caps) that starts at a sample counted from Setup::start.
@@ -48,16 +53,13 @@ class Film {
   /// Goes on with an encoder that costs less, from the next frame. @return false when there is none
   bool lighten();
 
-  /// 0, or the errno value that ended the film (ENOSPC, else EIO).
+  /// 0, or the errno value that ended the film: of the write that failed, else EIO.
   int check();
   /// Text for error().
   const std::string& failure() const { return failure_; }
 
-  /// How much longer the index has room for.
-  std::chrono::seconds index_remaining() const;
-
   /// Completes the file. @return 0 or an errno value; ETIMEDOUT when the pipeline did not finish in time.
-  /// After a failure the file holds what its index knew last.
+  /// After a failure the file holds what was written so far, and plays; it is empty if that was nothing. Any thread.
   int finish();
 
   std::int64_t length() const { return length_; }  ///< nanoseconds of picture fed so far
@@ -65,6 +67,7 @@ class Film {
  private:
   explicit Film(const Setup& setup) : setup_(setup) {}
   bool build(std::string* error);
+  GstFlowReturn write(GstAppSink* sink);
   int take_message(GstMessage* message);
   void set_ready(bool ready);
 
@@ -72,8 +75,8 @@ class Film {
   ElementPtr pipeline_;
   ElementPtr video_;
   ElementPtr audio_;
-  ElementPtr muxer_;
   BusPtr bus_;
+  FilmFile file_;  ///< the pipeline's thread writes it; finish() completes it when that has ended
   std::string failure_;
   camera_res_t size_{};
   int nominal_rate_ = 0;
@@ -81,7 +84,6 @@ class Film {
   int error_ = 0;
   std::int64_t last_pts_ = -1;
   std::int64_t length_ = 0;
-  std::atomic<bool> in_file_{false};
 
   /// Guards ready_, which the pipeline's threads set.
   std::mutex mutex_;

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <system_error>
+#include <utility>
 
 #include "platform/camera/camera_config.h"
 
@@ -28,12 +30,20 @@ int create_video_file(const std::string& stem, int first_number, std::string* pa
   return EEXIST;
 }
 
-Recorder::Recorder(Setup setup, Ended ended)
-    : setup_(std::move(setup)),
-      ended_(std::move(ended)),
-      // The microphone takes its time to open: it begins before the first frame is there.
-      sound_(setup_.microphone == "none" ? nullptr : std::make_unique<SoundTrack>(setup_.microphone)),
-      thread_([this] { run(); }) {}
+Recorder::Recorder(Setup setup, Ended ended) : setup_(std::move(setup)), ended_(std::move(ended)) {
+  // The microphone takes its time to open: it begins before the first frame is there.
+  try {
+    if (setup_.microphone != "none") sound_ = std::make_unique<SoundTrack>(setup_.microphone);
+  } catch (const std::system_error& problem) {
+    std::fprintf(stderr, "no sound: %s\n", problem.code().message().c_str());
+  }
+  try {
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error& problem) {
+    fail(problem.code().value(), "no thread: " + problem.code().message());
+    phase_ = Phase::ended;
+  }
+}
 
 Recorder::~Recorder() {
   stop();
@@ -76,7 +86,10 @@ void Recorder::run() {
     const Frame frame = next_frame(&stopping);
     if (frame) feed(frame);
     if (film_) {
-      if (sound_) sound_->feed(*film_);
+      if (sound_) {
+        sound_->feed(*film_);
+        if (rolled_.film && sound_->reached_film()) finish_part(std::exchange(rolled_, {}));
+      }
       show(status());
       look_after();
     }
@@ -107,7 +120,8 @@ Frame Recorder::next_frame(bool* stopping) {
 void Recorder::feed(const Frame& frame) {
   if (!film_) {
     if (!begin_film(setup_.path, frame)) return;
-  } else if (film_->index_remaining() < setup_.index_margin) {
+    if (sound_) sound_->begin(start_);
+  } else if (part_is_full(frame)) {
     roll(frame);
     if (!film_) return;
   }
@@ -118,26 +132,33 @@ void Recorder::feed(const Frame& frame) {
 }
 
 bool Recorder::begin_film(const std::string& path, const Frame& first) {
-  start_ = first.timestamp;
   std::string why;
   film_ = Film::start({.path = path,
                        .info = setup_.info,
                        .rate_numerator = setup_.rate_numerator,
                        .rate_denominator = setup_.rate_denominator,
                        .sound = sound_ != nullptr,
-                       .start = start_,
-                       .index_reserve = setup_.index_reserve},
+                       .start = first.timestamp},
                       &why);
   if (!film_) {
     fail(EIO, why);
     return false;
   }
+  start_ = first.timestamp;
+  path_ = path;
   ++films_;
-  if (sound_) sound_->begin(start_);
+  const std::lock_guard lock(parts_mutex_);
+  parts_.push_back(path);
   return true;
 }
 
-/// Goes on in a new file, and leaves the full one to be completed aside.
+bool Recorder::part_is_full(const Frame& next) const {
+  // Two films at a time are enough: the one before waits for its last sound, a second at most.
+  if (rolled_.film) return false;
+  return next.timestamp - start_ >= setup_.part_length.count() || film_->bytes() >= setup_.part_bytes;
+}
+
+/// Goes on in a new file, and leaves the full one to be completed aside once its sound is there.
 void Recorder::roll(const Frame& next) {
   const std::size_t end = setup_.path.rfind(".mp4");
   std::string path;
@@ -147,9 +168,46 @@ void Recorder::roll(const Frame& next) {
     return;
   }
   close(fd);
-  earlier_ += film_->length();
-  finishing_.emplace_back([film = std::shared_ptr<Film>(std::move(film_))] { film->finish(); });
-  begin_film(path, next);
+  Part full{std::move(film_), path_};
+  earlier_ += next.timestamp - start_;
+  if (!begin_film(path, next)) {
+    unlink(path.c_str());
+    film_ = std::move(full.film);  // is completed with its sound
+    return;
+  }
+  if (sound_) {
+    sound_->go_on(full.film, next.timestamp);
+    rolled_ = std::move(full);
+  } else {
+    finish_part(std::move(full));
+  }
+}
+
+/// Completes a film on a thread of its own. One without a picture is no part.
+void Recorder::finish_part(Part part) {
+  const auto finish = [this, part] {
+    const int error = part.film->finish();
+    int none = 0;
+    if (error != 0) part_error_.compare_exchange_strong(none, error);
+    if (!part.film->has_picture()) forget_part(part.path);
+  };
+  try {
+    finishing_.emplace_back(finish);
+  } catch (const std::system_error&) {
+    finish();
+  }
+}
+
+/// The first part's file belongs to whoever made it, and stays, empty.
+void Recorder::forget_part(const std::string& path) {
+  if (path != setup_.path) unlink(path.c_str());
+  const std::lock_guard lock(parts_mutex_);
+  std::erase(parts_, path);
+}
+
+std::vector<std::string> Recorder::parts() const {
+  const std::lock_guard lock(parts_mutex_);
+  return parts_;
 }
 
 /// Once a turn: errors. Once a second: room on the disk.
@@ -161,6 +219,10 @@ void Recorder::look_after() {
   }
   if (const int error = film_->check()) {
     fail(error, film_->failure());
+    return;
+  }
+  if (const int error = part_error_) {
+    fail(error, std::string("an earlier part: ") + std::strerror(error));
     return;
   }
   const auto now = std::chrono::steady_clock::now();
@@ -207,11 +269,14 @@ void Recorder::conclude() {
   if (film_) {
     if (sound_) sound_->complete(*film_);
     // After a full disk the margin left on it is for this; after the film's own failure it only lets go.
+    if (rolled_.film) finish_part(std::exchange(rolled_, {}));
     const int error = film_->finish();
     if (error != 0 && error_ == 0) fail(error, film_->failure());
+    if (!film_->has_picture()) forget_part(path_);
     film_.reset();
   }
   for (std::thread& thread : finishing_) thread.join();
+  if (part_error_ != 0 && error_ == 0) fail(part_error_, std::string("an earlier part: ") + std::strerror(part_error_));
   sound_.reset();
   show({});
   {

@@ -19,7 +19,7 @@
 namespace handset {
 
 /// A recording: takes finished frames and brings them, with the microphone's sound, into a film, or
-/// into several where the index of one would overflow.
+/// into several that follow each other without a gap where one would grow too long or too large.
 class Recorder {
  public:
   struct Setup {
@@ -27,11 +27,11 @@ class Recorder {
     std::shared_ptr<const GstVideoInfo> info;
     int rate_numerator;
     int rate_denominator;
-    std::string microphone;                         ///< none, or a setting as Microphone takes it
-    bool wait_for_room;                             ///< push() waits for the encoder instead of dropping
-    std::chrono::seconds index_reserve{3600};       ///< length of one file
-    std::chrono::seconds index_margin{60};          ///< the next file is begun this long before the end
-    std::uint64_t disk_margin = 16U * 1024 * 1024;  ///< bytes that must stay free on the disk
+    std::string microphone;                                       ///< none, or a setting as Microphone takes it
+    bool wait_for_room;                                           ///< push() waits for the encoder instead of dropping
+    std::chrono::nanoseconds part_length{std::chrono::hours{1}};  ///< the next file is begun then
+    std::uint64_t part_bytes = 3'993U * 1024 * 1024;  ///< or when one is so large: FAT holds less than 4 GiB
+    std::uint64_t disk_margin = 16U * 1024 * 1024;    ///< bytes that must stay free on the disk
     /// Told what a viewfinder is to say of the recording, empty for nothing, when that changes; on the recorder's
     /// thread. May be empty.
     std::function<void(const std::string& status)> show_status{};
@@ -61,8 +61,14 @@ class Recorder {
   std::uint64_t recorded() const { return recorded_; }
   std::uint64_t dropped() const { return dropped_; }
   std::int64_t length() const { return length_; }  ///< nanoseconds
+  /// The files of this recording that hold a film, in their order. Any thread.
+  std::vector<std::string> parts() const;
 
  private:
+  struct Part {
+    std::shared_ptr<Film> film;
+    std::string path;
+  };
   enum class Phase { waiting, filming, ended };
   static constexpr std::size_t queue_length = 10;
 
@@ -72,9 +78,12 @@ class Recorder {
   bool begin_film(const std::string& path, const Frame& first);
   void look_after();
   bool disk_is_full() const;
+  bool part_is_full(const Frame& next) const;
   void roll(const Frame& next);
   void keep_up();
   std::string status();
+  void finish_part(Part part);
+  void forget_part(const std::string& path);
   void show(const std::string& status);
   void fail(int error, const std::string& why);
   void conclude();
@@ -97,7 +106,9 @@ class Recorder {
   std::atomic<int> error_{0};
 
   // The recorder's thread.
-  std::unique_ptr<Film> film_;
+  std::shared_ptr<Film> film_;
+  std::string path_;                   ///< of the current film
+  Part rolled_;                        ///< a film that still waits for its last sound
   std::int64_t start_ = 0;             ///< time 0 of the current film
   std::int64_t earlier_ = 0;           ///< length of the films before it
   std::unique_ptr<SoundTrack> sound_;  ///< null without sound
@@ -108,6 +119,11 @@ class Recorder {
   int turns_waited_ = 0;  ///< for the encoder to take the next frame
   std::chrono::steady_clock::time_point next_look_{};
   std::vector<std::thread> finishing_;  ///< films that a roll left to be completed
+  std::atomic<int> part_error_{0};      ///< the first of theirs
+
+  /// Guards parts_.
+  mutable std::mutex parts_mutex_;
+  std::vector<std::string> parts_;
 
   /// Guards joining thread_.
   std::mutex join_mutex_;

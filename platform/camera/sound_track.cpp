@@ -36,16 +36,34 @@ float peak_of(GstBuffer* buffer) {
   return peak;
 }
 
+BufferPtr region(const BufferPtr& block, std::int64_t skip, std::int64_t count) {
+  return BufferPtr::adopt(gst_buffer_copy_region(block.get(), GST_BUFFER_COPY_MEMORY,
+                                                 static_cast<gsize>(skip * audio_frame_bytes),
+                                                 static_cast<gsize>(count * audio_frame_bytes)));
+}
+
 }  // namespace
 
 SoundTrack::SoundTrack(const std::string& microphone) : microphone_(microphone), watch_(monotonic_now()) {}
 
 void SoundTrack::begin(std::int64_t start) {
-  start_ = start;
+  start_ = film_start_ = start;
+  full_first_ = film_first_ = 0;
   begun_ = monotonic_now();
   next_ = 0;
   end_ = std::numeric_limits<std::int64_t>::max();
   following_ = false;
+}
+
+void SoundTrack::go_on(std::shared_ptr<Film> full, std::int64_t start) {
+  full_first_ = std::exchange(film_first_, samples_of(start - start_));
+  film_start_ = start;
+  if (next_ < film_first_) full_ = std::move(full);
+}
+
+/// Nanoseconds of picture since start_.
+std::int64_t SoundTrack::length(const Film& film) const {
+  return film_start_ - start_ + film.length();
 }
 
 void SoundTrack::feed(Film& film) {
@@ -55,7 +73,7 @@ void SoundTrack::feed(Film& film) {
   }
   // Sound does not run ahead of the picture. But the muxer begins when it has heard from both tracks, and a source that
   // stands still must not keep it waiting.
-  std::int64_t reached = film.length();
+  std::int64_t reached = length(film);
   if (!film.in_file()) reached = std::max(reached, monotonic_now() - begun_);
   for (; !waiting_.empty() && waiting_.front().timestamp - start_ < reached; waiting_.pop_front()) {
     place(std::move(waiting_.front()), film);
@@ -65,13 +83,28 @@ void SoundTrack::feed(Film& film) {
 }
 
 void SoundTrack::complete(Film& film) {
-  end_ = samples_of(film.length());
+  end_ = samples_of(length(film));
   const auto last_moment = std::chrono::steady_clock::now() + tail_patience;
   feed(film);
   while (next_ < end_ && waiting_.empty() && microphone_.expected() && microphone_.wait(last_moment)) feed(film);
   fill(end_, film);
   if (!watch_.heard()) complain();
   microphone_.close();
+}
+
+/// Feeds the next samples, to each film its own.
+void SoundTrack::push(BufferPtr block, Film& film) {
+  std::int64_t count = static_cast<std::int64_t>(gst_buffer_get_size(block.get())) / audio_frame_bytes;
+  const std::int64_t before = std::clamp<std::int64_t>(film_first_ - next_, 0, count);
+  if (before > 0 && full_) {
+    full_->push_audio(region(block, 0, before), static_cast<std::uint64_t>(next_ - full_first_));
+    block = region(block, before, count - before);
+  }
+  next_ += before;
+  count -= before;
+  if (next_ >= film_first_) full_.reset();
+  if (count > 0) film.push_audio(std::move(block), static_cast<std::uint64_t>(next_ - film_first_));
+  next_ += count;
 }
 
 /// Silence up to a sample.
@@ -82,8 +115,7 @@ void SoundTrack::fill(std::int64_t sample, Film& film) {
     const auto bytes = static_cast<gsize>(count * audio_frame_bytes);
     GstBuffer* buffer = gst_buffer_new_allocate(nullptr, bytes, nullptr);
     gst_buffer_memset(buffer, 0, 0, bytes);
-    film.push_audio(BufferPtr::adopt(buffer), static_cast<std::uint64_t>(next_));
-    next_ += count;
+    push(BufferPtr::adopt(buffer), film);
     following_ = false;
   }
 }
@@ -99,12 +131,9 @@ void SoundTrack::place(Microphone::Block block, Film& film) {
   const std::int64_t count = std::min(whole - skip, end_ - next_);
   if (count <= 0) return;
   if (count < whole) {
-    block.buffer = BufferPtr::adopt(gst_buffer_copy_region(block.buffer.get(), GST_BUFFER_COPY_MEMORY,
-                                                           static_cast<gsize>(skip * audio_frame_bytes),
-                                                           static_cast<gsize>(count * audio_frame_bytes)));
+    block.buffer = region(block.buffer, skip, count);
   }
-  film.push_audio(std::move(block.buffer), static_cast<std::uint64_t>(next_));
-  next_ += count;
+  push(std::move(block.buffer), film);
   following_ = true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 
 #include "platform/camera/film.h"
@@ -19,6 +20,11 @@ class SoundTrack {
 
   /// The next film begins. @param start  CLOCK_MONOTONIC nanoseconds of its time 0
   void begin(std::int64_t start);
+  /// The film goes on in another one, sample by sample. @param full  gets its sound up to there
+  /// @param start  CLOCK_MONOTONIC nanoseconds where the other one's time 0 is
+  void go_on(std::shared_ptr<Film> full, std::int64_t start);
+  /// Whether the film before the current one has all its sound.
+  bool reached_film() const { return full_ == nullptr; }
   /// Brings what has come into the film, and silence where nothing is to be expected. To be called often.
   void feed(Film& film);
   /// Fills the track up to the picture's end, waits shortly for the sound that is still on its way, and begins to close
@@ -31,6 +37,8 @@ class SoundTrack {
  private:
   void place(Microphone::Block block, Film& film);
   void fill(std::int64_t sample, Film& film);
+  void push(BufferPtr block, Film& film);
+  std::int64_t length(const Film& film) const;
   void judge();
   void complain();
 
@@ -39,11 +47,15 @@ class SoundTrack {
   SoundWatch::Verdict verdict_ = SoundWatch::Verdict::open;
   bool complained_ = false;
   std::deque<Microphone::Block> waiting_;  ///< for the picture
-  std::int64_t start_ = 0;
-  std::int64_t begun_ = 0;  ///< when begin() was called
-  std::int64_t next_ = 0;   ///< first sample of the current film that was not fed yet
-  std::int64_t end_ = 0;    ///< nothing is fed from this sample on
-  bool following_ = false;  ///< what was fed last was sound
+  std::int64_t start_ = 0;                 ///< time 0 of the first film
+  std::int64_t begun_ = 0;                 ///< when begin() was called
+  std::int64_t next_ = 0;                  ///< first sample since start_ that was not fed yet
+  std::int64_t end_ = 0;                   ///< nothing is fed from this sample on
+  std::shared_ptr<Film> full_;             ///< film before the current one, while it lacks sound
+  std::int64_t full_first_ = 0;            ///< its first sample, since start_
+  std::int64_t film_first_ = 0;            ///< the current film's
+  std::int64_t film_start_ = 0;            ///< its time 0, CLOCK_MONOTONIC nanoseconds
+  bool following_ = false;                 ///< what was fed last was sound
 };
 
 }  // namespace handset
