@@ -134,6 +134,13 @@ const char* name_of(int code) {
   return "";
 }
 
+/// What getopt_long() has just refused. @param word  the argument that it read last
+std::string explain_unknown(const char* word) {
+  if (optopt >= source_code) return std::string("option --") + name_of(optopt) + " takes no value";
+  // Of several letters in one word only the refused one is named; getopt goes on in the same word after it.
+  return std::string("unknown option ") + (optopt != 0 ? std::string{'-', static_cast<char>(optopt)} : word);
+}
+
 }  // namespace
 
 std::string parse_options(int argc, char** argv, Options* options) {
@@ -141,7 +148,7 @@ std::string parse_options(int argc, char** argv, Options* options) {
   opterr = 0;
   for (int code = 0; (code = getopt_long(argc, argv, ":", long_options, nullptr)) != -1;) {
     if (code == ':') return std::string("option ") + argv[optind - 1] + " needs a value";
-    if (code == '?') return std::string("unknown option ") + argv[optind - 1];
+    if (code == '?') return explain_unknown(argv[optind - 1]);
     if (!apply(code, optarg, options)) {
       return "bad value \"" + std::string(optarg != nullptr ? optarg : "") + "\" for --" + name_of(code);
     }
