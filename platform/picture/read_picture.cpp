@@ -4,16 +4,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QBuffer>
 #include <QByteArray>
 #include <QFile>
+#include <QIODevice>
 #include <QImageReader>
 #include <QtEndian>
 #include <algorithm>
+#include <cstring>
+#include <ctime>
 
 namespace {
 
 constexpr qint64 max_file_size = qint64{192} << 20;
+/// Of processor time. Less than read_picture() promises: a decoder goes on for a while with what it has.
+constexpr double decode_seconds = 1.5;
+/// Of a progressive JPEG. Cameras and editors write about ten; each goes through the whole picture.
+constexpr int most_scans = 100;
 constexpr char png_signature[] = "\x89PNG\r\n\x1a\n";
 constexpr qsizetype png_signature_size = 8;
 
@@ -68,6 +74,45 @@ QByteArray picture_chunks(const QByteArray& png) {
   return kept;
 }
 
+/// Scans of a JPEG file, at most one more than most_scans.
+int count_scans(const QByteArray& jpeg) {
+  int scans = 0;
+  for (qsizetype at = 0; scans <= most_scans && (at = jpeg.indexOf("\xff\xda", at)) != -1; at += 2) ++scans;
+  return scans;
+}
+
+double processor_seconds() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+/// A file's bytes for a decoder, which fills up what it misses with gray: it is watched for that. Once it has taken
+/// its time, there is nothing more for it. On the decoding thread.
+class WatchedBytes : public QIODevice {
+ public:
+  explicit WatchedBytes(const QByteArray& bytes) : bytes_(bytes) { open(ReadOnly | Unbuffered); }
+  qint64 size() const override { return bytes_.size(); }
+  /// Whether the decoder has had all that it asked for.
+  bool sufficed() const { return !missed_; }
+
+ protected:
+  qint64 readData(char* to, qint64 most) override {
+    const qint64 left = bytes_.size() - pos();
+    if (most > 0 && (left <= 0 || processor_seconds() > end_)) missed_ = true;
+    if (missed_) return 0;
+    const qint64 count = std::min(left, most);
+    std::memcpy(to, bytes_.constData() + pos(), static_cast<std::size_t>(count));
+    return count;
+  }
+  qint64 writeData(const char*, qint64) override { return -1; }
+
+ private:
+  const QByteArray& bytes_;
+  const double end_ = processor_seconds() + decode_seconds;
+  bool missed_ = false;
+};
+
 bool bounded(QSize size) {
   return !size.isEmpty() && qint64{size.width()} * size.height() <= picture_max_pixels;
 }
@@ -79,11 +124,12 @@ QImage read_picture(const char* path, Upright upright) {
   const char* const format = format_of(bytes);
   if (format == nullptr) return {};
   if (qstrcmp(format, "png") == 0) bytes = picture_chunks(bytes);
-  QBuffer buffer(&bytes);
-  buffer.open(QIODevice::ReadOnly);
-  QImageReader reader(&buffer, format);
+  if (qstrcmp(format, "jpeg") == 0 && count_scans(bytes) > most_scans) return {};
+  WatchedBytes watched(bytes);
+  QImageReader reader(&watched, format);
   reader.setAutoDetectImageFormat(false);
   reader.setAutoTransform(upright == Upright::yes);
   if (!bounded(reader.size())) return {};
-  return reader.read();
+  QImage image = reader.read();
+  return watched.sufficed() ? image : QImage();
 }

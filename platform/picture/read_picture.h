@@ -12,5 +12,7 @@ enum class Upright { no, yes };
 
 /// Decodes a PNG, JPEG, BMP or GIF file. Never waits for a FIFO or device, opens no other file, and takes no more
 /// memory than the file's own size and picture_max_pixels say, whatever is packed into it.
-/// @return a null image for what cannot be read, is no regular file, is too large or does not decode whole
+/// Takes at most two seconds of processor time.
+/// @return a null image for what cannot be read, is no regular file, is too large, would take longer or does not decode
+///         whole
 QImage read_picture(const char* path, Upright upright = Upright::no);
