@@ -33,6 +33,10 @@ Crop crop_to_fill(int input_width, int input_height, unsigned output_width, unsi
 
 namespace {
 
+/// A clip's queues hold a few of its turns, so that many may end before the first picture of them is there.
+constexpr int most_empty_turns = 50;
+constexpr GstClockTime usual_frame_time = GST_SECOND / 30;
+
 BrightenPlanes planes_of(const GstVideoFrame& frame) {
   return {static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0)),
           GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0),
@@ -57,9 +61,13 @@ Capture::~Capture() {
   stop();
 }
 
-void Capture::stop() {
+void Capture::stop_pipeline() {
   if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
   taken_back(this);
+}
+
+void Capture::stop() {
+  stop_pipeline();
   std::shared_ptr<void> hold;
   const std::lock_guard lock(mutex_);
   std::swap(hold, setup_.hold);
@@ -104,6 +112,9 @@ bool Capture::build(std::string* error) {
 
   const auto end = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(sink_.get(), "sink"));
   gst_pad_add_probe(end.get(), GST_PAD_PROBE_TYPE_BUFFER, on_buffer, this, nullptr);
+  if (setup_.source->is_clip()) {
+    gst_pad_add_probe(end.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_output_event, this, nullptr);
+  }
   const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(crop_.get(), "sink"));
   gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_input_event, this, nullptr);
   return true;
@@ -120,8 +131,13 @@ bool Capture::begin(std::string* error) {
   if (looping) {
     started = gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE &&
               gst_element_get_state(pipeline_.get(), nullptr, nullptr, 5 * GST_SECOND) == GST_STATE_CHANGE_SUCCESS;
-    // A file that cannot be wound back plays once.
-    if (started) seek_to_start(true);
+    // A file that cannot be wound back plays once, from a fresh start: some demuxers give nothing after the refusal.
+    if (started && !seek_to_start(true)) {
+      stop_pipeline();
+      if (!build(error)) return false;
+      gst_pipeline_use_clock(GST_PIPELINE(pipeline_.get()), clock.get());
+      handed_over(this);
+    }
   }
   started = started && gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
   if (started) return true;
@@ -153,12 +169,25 @@ Capture::Event Capture::poll(std::chrono::milliseconds limit) {
     case GST_MESSAGE_EOS:
       return Event::ended;
     case GST_MESSAGE_SEGMENT_DONE:
-      if (seek_to_start(false)) return Event::none;
-      failure_ = "the clip cannot be rewound";
+      if (!turn_had_picture()) {
+        failure_ = "there is no picture in the clip";
+      } else if (seek_to_start(false)) {
+        return Event::none;
+      } else {
+        failure_ = "the clip cannot be rewound";
+      }
       return Event::failed;
     default:
       return Event::none;
   }
+}
+
+/// Whether the clip's last turns have brought a picture.
+bool Capture::turn_had_picture() {
+  const std::uint64_t taken = taken_;
+  empty_turns_ = taken == taken_before_ && !occupied_ ? empty_turns_ + 1 : 0;
+  taken_before_ = taken;
+  return empty_turns_ < most_empty_turns;
 }
 
 void Capture::wake() {
@@ -173,6 +202,10 @@ bool Capture::wait_first_frame(std::chrono::milliseconds limit) {
 std::chrono::nanoseconds Capture::silence() const {
   const std::lock_guard lock(mutex_);
   return std::chrono::nanoseconds(monotonic_now() - last_frame_);
+}
+
+bool Capture::is_starved(std::chrono::nanoseconds limit) const {
+  return !occupied_ && silence() > limit;
 }
 
 std::shared_ptr<const GstVideoInfo> Capture::picture() const {
@@ -264,8 +297,36 @@ GstPadProbeReturn Capture::on_buffer(GstPad*, GstPadProbeInfo* info, gpointer da
   GstBuffer* stand_in = gst_buffer_new();
   const auto what = static_cast<GstBufferCopyFlags>(GST_BUFFER_COPY_FLAGS | GST_BUFFER_COPY_TIMESTAMPS);
   gst_buffer_copy_into(stand_in, frame, what, 0, static_cast<gsize>(-1));
+  if (self->setup_.source->is_clip()) self->complete_times(stand_in);
+  self->occupied_ = true;
   self->arriving_ = BufferPtr::adopt(frame);
   GST_PAD_PROBE_INFO_DATA(info) = stand_in;
+  return GST_PAD_PROBE_OK;
+}
+
+/// Pictures to which a clip gives no time follow each other at its rate, or at the usual one: they would be shown as
+/// fast as they are decoded.
+void Capture::complete_times(GstBuffer* buffer) {
+  if (!GST_BUFFER_DURATION_IS_VALID(buffer)) GST_BUFFER_DURATION(buffer) = frame_time_;
+  if (!GST_BUFFER_PTS_IS_VALID(buffer)) GST_BUFFER_PTS(buffer) = next_pts_;
+  next_pts_ = GST_BUFFER_PTS(buffer) + GST_BUFFER_DURATION(buffer);
+}
+
+GstPadProbeReturn Capture::on_output_event(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  auto* self = static_cast<Capture*>(data);
+  const CalledBack scope(self);
+  GstEvent* event = gst_pad_probe_info_get_event(info);
+  if (GST_EVENT_TYPE(event) == GST_EVENT_SEGMENT) {
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(event, &segment);
+    self->next_pts_ = segment->start;
+  } else if (GST_EVENT_TYPE(event) == GST_EVENT_CAPS) {
+    GstCaps* caps = nullptr;
+    gst_event_parse_caps(event, &caps);
+    int rate = 0, per = 1;
+    gst_structure_get_fraction(gst_caps_get_structure(caps, 0), "framerate", &rate, &per);
+    self->frame_time_ = rate > 0 && per > 0 ? gst_util_uint64_scale_int(GST_SECOND, per, rate) : usual_frame_time;
+  }
   return GST_PAD_PROBE_OK;
 }
 
@@ -279,12 +340,20 @@ void Capture::count_missed(GstBuffer* frame) {
   last_offset_ = offset;
 }
 
-GstFlowReturn Capture::on_new_sample(GstElement*, gpointer self) {
-  return static_cast<Capture*>(self)->take_sample();
+GstFlowReturn Capture::on_new_sample(GstElement*, gpointer data) {
+  auto* self = static_cast<Capture*>(data);
+  const CalledBack scope(self);
+  const GstFlowReturn result = self->take_sample();
+  {
+    const std::lock_guard lock(self->mutex_);
+    self->last_frame_ = monotonic_now();
+  }
+  ++self->taken_;
+  self->occupied_ = false;
+  return result;
 }
 
 GstFlowReturn Capture::take_sample() {
-  const CalledBack scope(this);
   Frame frame;
   {
     const SamplePtr sample = SamplePtr::adopt(gst_app_sink_pull_sample(GST_APP_SINK(sink_.get())));

@@ -51,6 +51,8 @@ class Capture {
   std::shared_ptr<const GstVideoInfo> picture() const;
   /// Since the newest frame (or the start).
   std::chrono::nanoseconds silence() const;
+  /// Whether nothing has come for that long although no picture is waiting for its time, or for being taken.
+  bool is_starved(std::chrono::nanoseconds limit) const;
 
   /// Magnification about the centre, 1 or more. Any thread.
   void set_zoom(double factor);
@@ -87,6 +89,10 @@ class Capture {
   bool take_caps(GstCaps* caps);
   bool choose_view(Frame* frame);
   bool seek_to_start(bool flush);
+  bool turn_had_picture();
+  void stop_pipeline();
+  void complete_times(GstBuffer* buffer);
+  static GstPadProbeReturn on_output_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn on_input_event(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn on_new_sample(GstElement* sink, gpointer self);
 
@@ -99,6 +105,10 @@ class Capture {
   ElementPtr sink_;
   BusPtr bus_;
   std::string failure_;
+
+  // Service thread: turns of a clip.
+  int empty_turns_ = 0;  ///< that brought no picture, in a row
+  std::uint64_t taken_before_ = 0;
 
   /// Guards what follows, up to the streaming thread's own. Never held during a call into GStreamer
   /// that could wait for the streaming thread.
@@ -119,9 +129,13 @@ class Capture {
   std::atomic<bool> stabilized_;  ///< as asked for
   std::atomic<std::uint64_t> missed_{0};
   std::atomic<std::uint64_t> copied_{0};
+  std::atomic<std::uint64_t> taken_{0};
+  std::atomic<bool> occupied_{false};  ///< a picture waits in the sink, or is being taken
 
   // Streaming thread.
-  BufferPtr arriving_;  ///< the frame behind the stand-in that is in the sink
+  GstClockTime next_pts_ = 0;                  ///< of a clip's picture without a time
+  GstClockTime frame_time_ = GST_SECOND / 30;  ///< of a clip's picture without a duration
+  BufferPtr arriving_;                         ///< the frame behind the stand-in that is in the sink
   guint64 last_offset_ = GST_BUFFER_OFFSET_NONE;
   GstClockTime last_running_ = GST_CLOCK_TIME_NONE;  ///< of the newest picture
   GstClockTime last_duration_ = GST_CLOCK_TIME_NONE;

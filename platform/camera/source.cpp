@@ -115,9 +115,10 @@ int resolve_desktop(Source* source) {
 }
 
 ElementPtr make_clip_element(const std::string& path, std::string* error) {
-  // The decoder's pads come later and must find the flip unlinked, so only the bin's far end is opened.
-  ElementPtr bin =
-      parse_bin("filesrc name=file ! decodebin ! videoflip name=upright video-direction=auto", error, false);
+  // The decoder's pads come later and must find the flip unlinked, so only the bin's far end is opened. The converter
+  // is for formats that the flip does not know, such as those with alpha, and costs nothing otherwise.
+  ElementPtr bin = parse_bin(
+      "filesrc name=file ! decodebin ! videoconvert ! videoflip name=upright video-direction=auto", error, false);
   if (!bin) return bin;
   const auto file = ElementPtr::adopt(gst_bin_get_by_name(GST_BIN(bin.get()), "file"));
   g_object_set(file.get(), "location", path.c_str(), nullptr);

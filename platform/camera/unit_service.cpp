@@ -50,6 +50,8 @@ void CameraUnit::serve(const RunPtr& run) {
       finish_clip(*run);
       break;
     }
+    // Wound back it would go on: its film is as complete as that of a clip that runs once.
+    if (event == Capture::Event::ended && source_->is_clip()) finish_clip(*run);
     Reason reason;
     const bool woken = device && time_asleep() - asleep > std::chrono::nanoseconds(std::chrono::seconds(1)).count();
     if (!woken && !is_lost(event, *capture, &reason)) continue;
@@ -251,11 +253,13 @@ bool CameraUnit::is_lost(Capture::Event event, const Capture& capture, Reason* r
   if (source_->cast && source_->cast->ended()) {
     *reason = {CameraTrouble::gone, "the desktop is no longer shared"};
   } else if (event == Capture::Event::ended) {
-    *reason = {CameraTrouble::gone, "the source has ended"};
+    *reason = {CameraTrouble::gone, source_->is_clip() ? "the clip has ended" : "the source has ended"};
   } else if (event == Capture::Event::failed) {
     *reason = {CameraTrouble::gone, capture.failure()};
   } else if (!is_present()) {
     *reason = {CameraTrouble::gone, explain(CameraTrouble::gone, source_->camera.label)};
+  } else if (source_->is_clip() && capture.is_starved(camera_timeouts::stalled)) {
+    *reason = {CameraTrouble::gone, "the clip gives no more pictures"};
   } else if (may_stall && capture.silence() > camera_timeouts::stalled) {
     *reason = diagnose("", true);
   } else {

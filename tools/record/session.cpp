@@ -30,8 +30,9 @@ namespace record {
 namespace {
 
 constexpr int turn_ms = 100;
-constexpr int another_camera = 2;  ///< the one that was tried does not start, and there is another one
-constexpr int most_cameras = 8;    ///< that are tried
+constexpr std::chrono::seconds longest_delay{2};  ///< of a film behind the clock
+constexpr int another_camera = 2;                 ///< the one that was tried does not start, and there is another one
+constexpr int most_cameras = 8;                   ///< that are tried
 
 sigset_t stop_signals() {
   sigset_t set;
@@ -193,6 +194,10 @@ class DropReport {
 /// Waits for the recording's end: its length, a signal, or news.
 void wait_for_end(const Options& options, camera_handle_t handle, const News& news, Stamp* stamp) {
   const sigset_t signals = stop_signals();
+  // A source that gives few pictures, or times that stand still, is not waited for. Of an unpaced one every second is
+  // wanted, however long it takes.
+  const auto wanted = std::chrono::duration<double>(options.seconds);
+  const auto end = std::chrono::steady_clock::now() + wanted + longest_delay;
   const int signal_fd = signalfd(-1, &signals, SFD_CLOEXEC);
   const bool terminal = isatty(STDOUT_FILENO) != 0;
   pollfd watched[] = {{signal_fd, POLLIN, 0}, {news.wake, POLLIN, 0}};
@@ -206,7 +211,9 @@ void wait_for_end(const Options& options, camera_handle_t handle, const News& ne
     if (news.revoked || news.finished || news.failed != 0) break;
     handset::CameraStatistics statistics{};
     handset::camera_get_statistics(handle, &statistics);
-    if (options.seconds > 0 && static_cast<double>(statistics.recorded_ns) >= options.seconds * 1e9) break;
+    if (options.seconds <= 0) continue;
+    if (static_cast<double>(statistics.recorded_ns) >= options.seconds * 1e9) break;
+    if (!options.unpaced && std::chrono::steady_clock::now() >= end) break;
   }
   if (terminal) std::printf("\r\033[K");
   close(signal_fd);
@@ -224,7 +231,9 @@ int record_into(const Options& options, camera_handle_t handle, News* news, Stam
   std::printf("%llu frames, %llu drops, %.2f seconds, %s\n", static_cast<unsigned long long>(statistics.recorded),
               static_cast<unsigned long long>(statistics.replaced + statistics.not_recorded),
               static_cast<double>(statistics.recorded_ns) / 1e9, options.output.c_str());
-  return error != 0 || news->revoked ? 1 : 0;
+  const bool cut_short = options.seconds > 0 && static_cast<double>(statistics.recorded_ns) < options.seconds * 1e9;
+  // A clip that is through ends a film of no particular length in order.
+  return error != 0 || (news->revoked && (!news->finished || cut_short)) ? 1 : 0;
 }
 
 }  // namespace
