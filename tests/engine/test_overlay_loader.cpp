@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <QByteArray>
+#include <QFile>
 #include <QImage>
+#include <QImageWriter>
 #include <chrono>
 #include <cstring>
 #include <vector>
@@ -245,6 +247,30 @@ TEST_F(OverlayLoader, RefusesEnormousAndBrokenFiles) {
   for (std::size_t length = 0; length < whole.size() - 12; length += 3) {
     write_file(path, whole.substr(0, length));
     expect_refused(path, -1, "logo is null\n");
+  }
+}
+
+TEST_F(OverlayLoader, RefusesPicturesThatAreNotWholeOrTakeLong) {
+  const std::string path = folder_.file("scans.jpg");
+  QImage image = striped(320, 240).convertToFormat(QImage::Format_RGB32);
+  QImageWriter writer(QString::fromStdString(path), "jpeg");
+  writer.setProgressiveScanWrite(true);
+  ASSERT_TRUE(writer.write(image));
+  QFile file(QString::fromStdString(path));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  const std::string whole = file.readAll().toStdString();
+  EXPECT_FALSE(read_picture(path.c_str()).isNull());
+  // Its last scan, over and over.
+  const std::size_t last = whole.rfind("\xff\xda"), end = whole.size() - 2;
+  for (const int scans : {20, 6000}) {
+    std::string repeated = whole.substr(0, last);
+    for (int i = 0; i < scans; ++i) repeated += whole.substr(last, end - last);
+    write_file(path, repeated + whole.substr(end));
+    EXPECT_EQ(read_picture(path.c_str()).isNull(), scans == 6000) << scans;
+  }
+  for (const std::size_t length : {last, end - 20, end}) {
+    write_file(path, whole.substr(0, length));
+    EXPECT_TRUE(read_picture(path.c_str()).isNull()) << length << " of " << whole.size();
   }
 }
 
