@@ -98,6 +98,45 @@ TEST_F(Record, UnpacedClipGivesExactlyItsFrames) {
   }
 }
 
+/// Has ffmpeg make a clip of moving bars.
+void make_clip(const std::string& path, const std::vector<std::string>& options) {
+  std::vector<std::string> words = {"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=320x240:r=30:d=1"};
+  words.insert(words.end(), options.begin(), options.end());
+  words.push_back(path);
+  Process process(words);
+  ASSERT_EQ(process.wait(), 0) << process.errors();
+}
+
+TEST_F(Record, ClipsOfEveryKindEndInOrder) {
+  const std::vector<std::string> h264 = {"-c:v", "libx264", "-pix_fmt", "yuv420p"};
+  const struct {
+    const char* name;
+    std::vector<std::string> options;
+    const char* complaint;  ///< of a clip that plays once; null: it loops
+  } clips[] = {
+      {"once.ts", h264, "the clip has ended"},
+      {"still.png", {"-frames:v", "1"}, nullptr},
+      {"alpha.webm", {"-vf", "format=yuva420p", "-c:v", "libvpx-vp9", "-cpu-used", "8", "-auto-alt-ref", "0"}, nullptr},
+  };
+  for (const auto& clip : clips) {
+    SCOPED_TRACE(clip.name);
+    make_clip(out(clip.name), clip.options);
+    const std::string path = out(std::string(clip.name) + ".mp4");
+    Process process(command({"--source", "clip:" + out(clip.name), "--seconds", "1.5", "--microphone", "none", path}));
+    EXPECT_EQ(process.wait(), clip.complaint != nullptr ? 1 : 0) << process.errors();
+    if (clip.complaint != nullptr) EXPECT_NE(process.errors().find(clip.complaint), std::string::npos);
+    const film::Film film = film::play(path);
+    EXPECT_EQ(film.error, "");
+    const double seconds = clip.complaint != nullptr ? 1 : 1.5;
+    EXPECT_GT(film.pictures.size(), 20 * seconds) << "the clip stood still";
+    EXPECT_LT(film.pictures.size(), 40 * seconds) << "the clip has lost its pace";
+    EXPECT_FALSE(std::filesystem::exists(out(std::string(clip.name) + "_1.mp4")));
+  }
+  // Without a length asked for, the clip's end is the film's.
+  Process whole(command({"--source", "clip:" + out("once.ts"), "--microphone", "none", out("whole.mp4")}));
+  EXPECT_EQ(whole.wait(), 0) << whole.errors();
+}
+
 TEST_F(Record, OpaqueOverlaysKeepTheirColoursFromPngToFilm) {
   QImage picture(64, 48, QImage::Format_ARGB32);
   picture.fill(QColor(200, 40, 60));
