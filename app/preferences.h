@@ -74,14 +74,16 @@ static_assert(sizeof(PrefsRecord) == 18348);
 /// The record of a new file.
 PrefsRecord default_settings();
 
-/// Reads the record, the file's first 18348 bytes, and terminates its texts. A file that is missing, cannot be read
-/// or is shorter (the last two with one line on the error stream, unless it cannot be opened) gives the default
-/// record, which is saved at once.
+/// Reads the record, the file's first 18348 bytes, and terminates its texts. A shorter file gives the fields that it
+/// has, the defaults for the rest and a line on the error stream, and stays as it is until the next save. A file that
+/// is missing or cannot be read (this with a line, unless it cannot be opened) gives the default record, which is saved
+/// at once.
 /// @return 1 when the record was read, 0 when it was created
 int read_settings(const char* path, PrefsRecord* record);
 
 /// Replaces the file by the record in one step: whatever interrupts this, a reader finds the old record or the new
-/// one, whole. On failure the old file stays and the error stream gets a line that starts with
+/// one, whole. A link stays, and its target is replaced; a file in a folder that cannot be written is overwritten in
+/// place. On failure the old file stays and the error stream gets a line that starts with
 /// "error saving prefs: ". Waits for the disk.
 void save_settings(const char* path, const PrefsRecord& record);
 

@@ -130,14 +130,25 @@ TEST_F(Preferences, EveryFieldStandsAtItsPlace) {
   EXPECT_EQ(read_file(path), image);
 }
 
-TEST_F(Preferences, AShortFileCountsAsMissing) {
-  for (const std::size_t length : {std::size_t{0}, std::size_t{1}, file_size - 1}) {
-    write_file(path, full_image().substr(0, length));
-    const std::string line = errors_of([&] { EXPECT_EQ(read_settings(path.c_str(), &record), 0); });
-    EXPECT_EQ(line, path + " is shorter than 18348 bytes, the defaults are used\n");
-    EXPECT_EQ(as_bytes(record), default_image());
-    EXPECT_EQ(read_file(path), default_image());
+TEST_F(Preferences, AShortFileKeepsWhatItHas) {
+  for (const std::size_t length : {std::size_t{0}, std::size_t{255}, std::size_t{256}, file_size - 1}) {
+    const std::string file = full_image().substr(0, length);
+    write_file(path, file);
+    const std::string line = errors_of([&] { EXPECT_EQ(read_settings(path.c_str(), &record), 1); });
+    EXPECT_EQ(line, path + " is shorter than 18348 bytes, the defaults are used for the rest\n");
+    const std::size_t kept = length < 256 ? 0 : length & ~std::size_t{3};
+    EXPECT_EQ(as_bytes(record), file.substr(0, kept) + default_image().substr(kept));
+    EXPECT_EQ(read_file(path), file);
   }
+}
+
+TEST_F(Preferences, ALinkStaysALink) {
+  const std::string target = dir.file("elsewhere.dat");
+  write_file(target, full_image());
+  std::filesystem::create_symlink(target, path);
+  save_settings(path.c_str(), as_record(default_image()));
+  EXPECT_TRUE(std::filesystem::is_symlink(path));
+  EXPECT_EQ(read_file(target), default_image());
 }
 
 TEST_F(Preferences, ALongFileGivesItsBeginningAndTextsAreTerminated) {
@@ -160,18 +171,24 @@ TEST_F(Preferences, WhatIsNotAFileGivesTheDefaults) {
   EXPECT_EQ(files(), 1U);
 }
 
-TEST_F(Preferences, AFolderThatCannotBeWrittenKeepsTheOldRecord) {
-  write_file(path, full_image());
-  allow_only(0555, 0666);
-  const AsNobody user;
-  ASSERT_EQ(read_settings(path.c_str(), &record), 1);
-  record.timeFormat = 3;
-  for (int save = 0; save < 2; ++save) {
-    EXPECT_EQ(errors_of([&] { save_settings(path.c_str(), record); }), "error saving prefs: : Permission denied\n");
+TEST_F(Preferences, AFolderThatCannotBeWrittenMayHoldAFileThatCan) {
+  for (const bool open : {false, true}) {
+    write_file(path, full_image());
+    allow_only(0555, open ? 0666 : 0444);
+    {
+      const AsNobody user;
+      ASSERT_EQ(read_settings(path.c_str(), &record), 1);
+      record.timeFormat = 3;
+      for (int save = 0; save < 2; ++save) {
+        EXPECT_EQ(errors_of([&] { save_settings(path.c_str(), record); }),
+                  open ? "" : "error saving prefs: : Permission denied\n");
+      }
+    }
+    EXPECT_EQ(record.timeFormat, 3);
+    EXPECT_EQ(read_file(path), open ? as_bytes(record) : full_image());
+    EXPECT_EQ(files(), 1U);
+    allow_only(0700, 0600);
   }
-  EXPECT_EQ(record.timeFormat, 3);
-  EXPECT_EQ(read_file(path), full_image());
-  EXPECT_EQ(files(), 1U);
 }
 
 TEST_F(Preferences, AProtectedFileStaysAndAMissingFolderIsReported) {
@@ -249,7 +266,7 @@ TEST(PreferencesIndexes, OutsideTheirTablesAreTheDefaults) {
                           {&PrefsRecord::logoPosition, logo_position, 7, 0},
                           {&PrefsRecord::timeFormat, time_format, 9, 0},
                           {&PrefsRecord::timeColor, time_color, 6, 0},
-                          {&PrefsRecord::timePosition, time_position, 5, 0}};
+                          {&PrefsRecord::timePosition, time_position, 5, 4}};
   for (const Field& field : fields) {
     PrefsRecord record = default_settings();
     for (const int inside : {0, 1, field.count - 1}) {
