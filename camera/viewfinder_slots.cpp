@@ -78,7 +78,7 @@ int start_streams(camera_handle_t handle, const camera_res_t& size, const QByteA
   if (refused != CAMERA_EOK) return refused;
   std::fputs("viewfinder configured\n", stderr);
   const int failed = camera_start_video_viewfinder(handle, nullptr, tarnelApp::status_callback, status_argument);
-  if (failed == CAMERA_EOK) std::fputs("viewfinder started", stderr);
+  if (failed == CAMERA_EOK) std::fputs("viewfinder started\n", stderr);
   return failed;
 }
 
@@ -227,11 +227,11 @@ void tarnelApp::choose_mode_row(int row) {
   const bool on = row == mode_row_stabilization;
   if (camera_set_video_property(mCameraHandle, CAMERA_IMGPROP_STABILIZATION, on ? 1 : 0, CAMERA_IMGPROP_END) !=
       CAMERA_EOK) {
-    std::fputs("error in stabilization set", stderr);
+    std::fputs("error in stabilization set\n", stderr);
     hide_menu();
     return;
   }
-  std::fputs("stabilization set", stderr);
+  std::fputs("stabilization set\n", stderr);
   mSettings.stabilization = on ? 1 : 0;
   if (on) {
     turnon_stabilization();

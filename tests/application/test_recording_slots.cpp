@@ -317,7 +317,7 @@ TEST_F(ScreenRecordingSlots, AgainClosesAndOpensAgain) {
   app->startScreenRecorder();
   fake_camera::clear_journal();
   EXPECT_THAT(errors_of([this] { app->startScreenRecorder(); }),
-              testing::EndsWith("viewfinder startedcreated viewfinder\n"));
+              testing::EndsWith("viewfinder started\ncreated viewfinder\n"));
   EXPECT_THAT(fake_camera::commands(), testing::IsSupersetOf({"close", "open 3 31"}));
   EXPECT_TRUE(_screen_recording);
   app->onStartStopRecording();

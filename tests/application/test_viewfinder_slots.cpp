@@ -27,7 +27,7 @@ constexpr const char* configured =
     "initial video angle 0\n"
     "initial viewfinder angle 0\n"
     "camera opened\n";
-constexpr const char* started = "viewfinder configured\nviewfinder started";
+constexpr const char* started = "viewfinder configured\nviewfinder started\n";
 constexpr const char* gave_up = "couldn't start viewfinder\nerror: : Input/output error\n";
 constexpr const char* stabilization_icon = "asset:///images/icon_mode_stabilization.png";
 
@@ -77,7 +77,7 @@ TEST_F(ViewfinderSlots, TheFrontCameraSaysWhatItCannotDo) {
   EXPECT_THAT(
       errors_of([this] { app->onStartFront(); }),
       testing::AllOf(testing::StartsWith("\nonStartFront - unit desktop\nSelecting resolution 640 x 480 index=0\n"),
-                     EndsWith("viewfinder startedcreated viewfinder\n")));
+                     EndsWith("viewfinder started\ncreated viewfinder\n")));
   EXPECT_EQ(errors_of([this] { app->onStartFront(); }),
             "\nonStartFront - unit desktop\ncamera already running\n\ncan't open - unit desktop\n");
   EXPECT_EQ(errors_of([this] { app->onStartRear(); }), "camera already running\n");
@@ -351,7 +351,7 @@ TEST_F(ViewfinderSlots, TheStampFollowsTheFrames) {
 
 TEST_F(ViewfinderSlots, ChoosingStabilization) {
   start();
-  EXPECT_EQ(errors_of([this] { app->choose_mode_row(mode_row_stabilization); }), "stabilization set");
+  EXPECT_EQ(errors_of([this] { app->choose_mode_row(mode_row_stabilization); }), "stabilization set\n");
   EXPECT_THAT(fake_camera::journal(), Contains("set_video 7=1"));
   EXPECT_STREQ(_menuIcons[main_row_mode], stabilization_icon);
   EXPECT_STREQ(_menuIconNames[main_row_mode], "Stabilization");
@@ -361,13 +361,13 @@ TEST_F(ViewfinderSlots, ChoosingStabilization) {
 
   fake_camera::answer("set_video 7=0", {ENOTSUP});
   app->mMenuMode = menu_modes;
-  EXPECT_EQ(errors_of([this] { app->choose_mode_row(mode_row_normal); }), "error in stabilization set");
+  EXPECT_EQ(errors_of([this] { app->choose_mode_row(mode_row_normal); }), "error in stabilization set\n");
   EXPECT_EQ(app->mMenuMode, menu_closed);
   EXPECT_TRUE(app->mModeIcon->isVisible());
   EXPECT_EQ(stored_settings().stabilization, 1);
 
   app->mMenuMode = menu_modes;
-  EXPECT_EQ(errors_of([this] { app->choose_mode_row(mode_row_normal); }), "stabilization set");
+  EXPECT_EQ(errors_of([this] { app->choose_mode_row(mode_row_normal); }), "stabilization set\n");
   EXPECT_STREQ(_menuIcons[main_row_mode], "asset:///images/icon_mode.png");
   EXPECT_STREQ(_menuIconNames[main_row_mode], "Normal");
   EXPECT_FALSE(app->mModeIcon->isVisible());
