@@ -1,3 +1,4 @@
+#include <QTimer>
 #include <cstdint>
 
 #include "app/page_controls.h"
@@ -111,6 +112,12 @@ void tarnelApp::apply_settings() {
   if (time_format(mSettings) > 0) {
     load_datetime_template();
     generate_datetime();
+  }
+  // The format of a recording's stamp may have got or lost its seconds; otherwise only the start and stop see to that.
+  if (mVideoFd != -1 && stamp_ticks(time_format(mSettings))) {
+    start_datetime_timer();
+  } else if (mDatetimeTimer) {
+    mDatetimeTimer->stop();
   }
   if (mSettings.overlayPath[0] != '\0') load_logo(mSettings.overlayPath);
 }

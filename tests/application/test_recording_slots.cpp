@@ -173,6 +173,21 @@ TEST_F(RecordingSlots, OnlyStampsWithSecondsTick) {
   }
 }
 
+TEST_F(RecordingSlots, AFormatChosenWhileRecordingTicksAsItShould) {
+  start();
+  const auto ticks_with = [this](int format) {
+    app->mSettings.timeFormat = format;
+    app->saveSettings();
+    return app->mDatetimeTimer && app->mDatetimeTimer->isActive();
+  };
+  EXPECT_FALSE(ticks_with(1)) << "nothing is recorded";
+  app->onStartStopRecording();
+  EXPECT_TRUE(ticks_with(2));
+  EXPECT_FALSE(ticks_with(6));
+  EXPECT_TRUE(ticks_with(1));
+  EXPECT_FALSE(ticks_with(0));
+}
+
 TEST_F(RecordingSlots, TheLightGoesOffWithTheRecording) {
   start();
   app->onStartStopRecording();
