@@ -231,9 +231,10 @@ int record_into(const Options& options, camera_handle_t handle, News* news, Stam
   std::printf("%llu frames, %llu drops, %.2f seconds, %s\n", static_cast<unsigned long long>(statistics.recorded),
               static_cast<unsigned long long>(statistics.replaced + statistics.not_recorded),
               static_cast<double>(statistics.recorded_ns) / 1e9, options.output.c_str());
-  const bool cut_short = options.seconds > 0 && static_cast<double>(statistics.recorded_ns) < options.seconds * 1e9;
-  // A clip that is through ends a film of no particular length in order.
-  return error != 0 || (news->revoked && (!news->finished || cut_short)) ? 1 : 0;
+  // A clip that is through ends a film of no particular length in order; unpaced it is recorded whole, however long.
+  const bool too_short = options.seconds > 0 && !options.unpaced && news->finished &&
+                         static_cast<double>(statistics.recorded_ns) < options.seconds * 1e9;
+  return error != 0 || too_short || (news->revoked && !news->finished) ? 1 : 0;
 }
 
 }  // namespace
