@@ -112,6 +112,9 @@ void tarnelApp::choose_filter_row(int row) {
   const filter_row_s& filter = filter_table[row];
   _cur_camera_filter = filter.effect;
   if (filter.action == filter_action::none) _modify_color = false;
+  // The tolerance's panel, which has gone, had taken the place of these; its next tap counts on from where it was.
+  set_visible(control<cascades::Container>("screensizeContainer"), true);
+  showMenuIcon(true);
   if (filter.action == filter_action::keep_color) {
     FilterColorMatch kept = filter_match_red;
     if (color_match_for_effect(filter.effect, &kept)) filter_init(static_cast<double>(_color_filter_value), kept);

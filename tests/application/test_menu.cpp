@@ -251,6 +251,20 @@ TEST_F(Menu, ATapWithTheToleranceShownBelongsToIt) {
   EXPECT_TRUE(shown("menuIconImgButton"));
 }
 
+TEST_F(Menu, WhatTheToleranceHidIsBackWithAnotherFilter) {
+  for (const int row : {12, 5}) {
+    pick(0, 11);
+    tap();
+    ASSERT_FALSE(shown("screensizeContainer"));
+    app->onStartStopRecording();  // which brings the menu's button back
+    pick(0, row);
+    EXPECT_TRUE(shown("screensizeContainer")) << row;
+    EXPECT_TRUE(shown("menuIconImgButton")) << row;
+    app->onStartStopRecording();
+    _modify_color = false;
+  }
+}
+
 TEST_F(Menu, TexturesAreLoadedFromThePackage) {
   fullscreen = false;
   pick(2, 0);
