@@ -22,6 +22,8 @@ int run(int argc, char** argv) {
   // While the window is made ready, cameras are looked for; and it does not stand still for one that starts slowly.
   handset::CameraServiceConfig cameras = handset::config_from_device_profile();
   cameras.wait_for_picture = false;
+  cameras.wait_for_film = false;
+  cameras.edited_only = true;
   handset::configure_camera_service(cameras);
   handset::begin_camera_search();
 
@@ -32,7 +34,9 @@ int run(int argc, char** argv) {
   if (!place->is_first()) return EXIT_SUCCESS;
   QObject::connect(place.get(), &handset::SingleInstance::activation_requested, &app,
                    &bb::cascades::Application::bringToFront);
-  new tarnelApp(&app);
+  auto* const application = new tarnelApp(&app);
+  // A film that was cut off needs nothing more: its index is in it at every moment.
+  application->tidy_films([](const std::string&, bool*) { return 0; });
   return app.exec();
 }
 
@@ -40,5 +44,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   handset::keep_heap_small();
-  handset::end_process(run(argc, argv));
+  const int status = run(argc, argv);
+  handset::wait_for_films(handset::camera_timeouts::finalise);
+  handset::end_process(status);
 }

@@ -24,6 +24,7 @@
 #include "camera/rotation.h"
 #include "camera/zoom.h"
 #include "platform/camera/camera.h"
+#include "platform/camera/camera_roll.h"
 #include "platform/cascades/application.h"
 #include "platform/cascades/container.h"
 #include "platform/cascades/controls.h"
@@ -168,6 +169,8 @@ class tarnelApp : public QObject {
   void show_light_state(bb::cascades::ImageButton* button);
   // recording_slots.cpp
   void start_record_timer();
+  /// Looks for what killed runs have left in the camera roll, on a thread of its own, and says what it was.
+  void tidy_films(const handset::CompleteFilm& complete);
   /// The recording's stop, film and look; where the camera is closed, that has completed the film. mVideoFd is open.
   void end_recording();
   // screen_recording_slots.cpp
@@ -205,6 +208,7 @@ class tarnelApp : public QObject {
   camera_handle_t mCameraHandle = CAMERA_HANDLE_INVALID;
   camera_unit_t mCameraUnit = CAMERA_UNIT_NONE;
   int mVideoFd = -1;
+  std::string mVideoBefore;  ///< lastVideoPath when the recording began
   int mMenuMode = menu_closed;
   int mRecordSeconds = 0;
   int mResolutionIndex = 0;

@@ -164,8 +164,8 @@ void tarnelApp::onStopCamera() {
 void tarnelApp::status_callback(camera_handle_t handle, camera_devstatus_t status, std::uint16_t extra, void* arg) {
   if (handle != mHandle) return;  // from a camera closed meanwhile
   filter_status_callback(handle, status, extra, arg);
-  if (status != CAMERA_STATUS_RESOURCES_REVOKED) return;
-  // The film is complete: clock and stop button must not stay on without one.
+  if (status != CAMERA_STATUS_RESOURCES_REVOKED && status != CAMERA_STATUS_VIDEO_FAILED) return;
+  // The recording is over: clock and stop button must not stay on without one.
   QMetaObject::invokeMethod(
       QCoreApplication::instance(),
       [handle] {

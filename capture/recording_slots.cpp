@@ -1,11 +1,20 @@
+#include <QCoreApplication>
+#include <QPointer>
 #include <QTimer>
+#include <cerrno>
 #include <cstdio>
+#include <string>
+#include <thread>
 
 #include "app/page_controls.h"
 #include "app/tarnelapp.h"
 #include "capture/record_clock.h"
 #include "engine/overlay.h"
 #include "engine/stamp.h"
+#include "platform/camera/camera_config.h"
+#include "platform/camera/camera_roll.h"
+#include "platform/camera/film_trouble.h"
+#include "platform/device/sandbox.h"
 #include "platform/sound/soundplayer.h"
 
 using namespace bb::cascades;
@@ -22,15 +31,30 @@ void choose_rotation(tarnelApp* app) {
   app->mChooseVideoAngle = false;
 }
 
+void say_why(tarnelApp* app, const std::string& reason) {
+  app->showToast(("Cannot record: " + reason).c_str());
+}
+
+/// What the user is told of films that were cut off; empty for none.
+std::string cut_off_notice(const std::vector<std::string>& films) {
+  if (films.empty()) return {};
+  if (films.size() == 1) return "A film was cut off. What was recorded of it is in the Camera folder: " + films[0];
+  return std::to_string(films.size()) + " films were cut off. What was recorded of them is in the Camera folder.";
+}
+
 /// @param name  receives the film's path
 /// @return false when there is no recording; nothing is left open then
 bool start_film(tarnelApp* app, char (&name)[prefs_text_size]) {
   const camera_handle_t handle = app->mCameraHandle;
-  if (camera_roll_open_video(handle, &app->mVideoFd, name, sizeof name, CAMERA_ROLL_VIDEO_FMT_DEFAULT) != CAMERA_EOK) {
+  if (const int error =
+          camera_roll_open_video(handle, &app->mVideoFd, name, sizeof name, CAMERA_ROLL_VIDEO_FMT_DEFAULT)) {
     app->mVideoFd = -1;
+    say_why(app, handset::film_trouble(error));
     return false;
   }
-  if (camera_start_video(handle, name, nullptr, nullptr, nullptr) == CAMERA_EOK) return true;
+  const int error = camera_start_video(handle, name, nullptr, nullptr, nullptr);
+  if (error == CAMERA_EOK) return true;
+  say_why(app, error == EIO ? "the camera gives no picture" : handset::film_trouble(error));
   std::fputs("failed to start recording\n", stderr);
   camera_roll_close_video(app->mVideoFd);
   app->mVideoFd = -1;
@@ -63,18 +87,23 @@ void start_recording(tarnelApp* app) {
   if (settings.shutterSound) soundplayer_play_sound_blocking("event_recording_start");
   choose_rotation(app);
   char name[prefs_text_size] = "";
+  // The film begins when its effects are in place: with the overlay, which rests until the page has its new look.
+  handset::camera_hold_video(app->mCameraHandle, true);
   if (!start_film(app, name)) {
+    handset::camera_hold_video(app->mCameraHandle, false);
     restore_logo_image(app->mSavedOverlayEnabled);
     if (settings.shutterSound) soundplayer_play_sound(stop_sound);
     return;
   }
   // Before anything can go wrong with the page: the film that is being written must be found after a crash.
+  app->mVideoBefore = settings.lastVideoPath;
   std::snprintf(settings.lastVideoPath, sizeof settings.lastVideoPath, "%s", name);
   app->save_settings();
   show_recording_look(app);
   app->start_record_timer();
   app->showMenuIcon(true);
   restore_logo_image(app->mSavedOverlayEnabled);
+  handset::camera_hold_video(app->mCameraHandle, false);
   if (stamp_ticks(time_format(settings))) app->start_datetime_timer();
 }
 
@@ -105,11 +134,30 @@ void tarnelApp::end_recording() {
     camera_stop_video(mCameraHandle);
     if (mSettings.shutterSound) soundplayer_play_sound(stop_sound);
   }
-  camera_roll_close_video(mVideoFd);
+  if (camera_roll_close_video(mVideoFd) == ENODATA) {
+    // There is no such film: the one before it is the last one still.
+    std::snprintf(mSettings.lastVideoPath, sizeof mSettings.lastVideoPath, "%s", mVideoBefore.c_str());
+    save_settings();
+  }
   mVideoFd = -1;
   show_idle_look(this);
   if (mLightOn) handleFlashLightAction();
-  set_visible(control<Container>("playContainer"), true);
+  set_visible(control<Container>("playContainer"), mSettings.lastVideoPath[0] != '\0');
+}
+
+void tarnelApp::tidy_films(const handset::CompleteFilm& complete) {
+  std::thread([app = QPointer<tarnelApp>(this), folder = camera_roll_dir(), complete] {
+    const handset::RollFindings found = handset::tidy_camera_roll(folder, complete);
+    const std::string words = cut_off_notice(found.completed);
+    for (const std::string& name : found.completed) std::fprintf(stderr, "completed a film: %s\n", name.c_str());
+    if (words.empty()) return;
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [app, words] {
+          if (app) app->showToast(words.c_str());
+        },
+        Qt::QueuedConnection);
+  }).detach();
 }
 
 void tarnelApp::start_record_timer() {

@@ -1,5 +1,6 @@
 #include "platform/camera/camera.h"
 
+#include <fcntl.h>
 #include <gst/gst.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -18,10 +18,11 @@
 #include <vector>
 
 #include "platform/camera/camera_config.h"
+#include "platform/camera/camera_roll.h"
 #include "platform/camera/camera_source.h"
 #include "platform/camera/camera_watch.h"
-#include "platform/camera/recorder.h"
 #include "platform/camera/reopen.h"
+#include "platform/camera/saving.h"
 #include "platform/camera/unit.h"
 #include "platform/device/profile.h"
 #include "platform/device/sandbox.h"
@@ -147,13 +148,14 @@ int open_reserved(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handl
   return 0;
 }
 
-/// A recording that never began leaves nothing in the camera roll.
-void remove_if_empty(int fd) {
+/// A recording that never began leaves nothing in the camera roll. @return whether there was such a file
+bool remove_if_empty(int fd) {
   struct stat file {};
-  if (fstat(fd, &file) != 0 || !S_ISREG(file.st_mode) || file.st_size != 0 || file.st_nlink != 1) return;
+  if (fstat(fd, &file) != 0 || !S_ISREG(file.st_mode) || file.st_size != 0 || file.st_nlink != 1) return false;
+  if (!handset::claim_film(fd)) return false;  // it is still being saved
   std::error_code error;
   const auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), error);
-  if (!error) std::filesystem::remove(path, error);
+  return !error && std::filesystem::remove(path, error);
 }
 
 void release(camera_unit_t unit) {
@@ -212,6 +214,17 @@ void begin_camera_search() {
 bool camera_light_is_lamp(camera_handle_t handle) {
   const std::shared_ptr<CameraUnit> unit = find(handle);
   return unit && unit->light_is_lamp();
+}
+
+int camera_hold_video(camera_handle_t handle, bool hold) {
+  return with_unit(handle, 0, [&](CameraUnit& unit) {
+    unit.hold_video(hold);
+    return 0;
+  });
+}
+
+bool wait_for_films(std::chrono::milliseconds limit) {
+  return wait_for_saving(limit);
 }
 
 int camera_get_statistics(camera_handle_t handle, CameraStatistics* statistics) {
@@ -393,27 +406,33 @@ int camera_roll_open_video(camera_handle_t handle, int* fd, char* name, std::siz
                            camera_roll_video_fmt_t format) {
   if (fd == nullptr || name == nullptr || format != CAMERA_ROLL_VIDEO_FMT_DEFAULT) return result(EINVAL);
   return with_unit(handle, CAMERA_MODE_ROLL, [&](CameraUnit&) {
-    const std::string folder = camera_roll_dir();
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    if (error) return error.value();
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    char stem[32];
-    if (localtime_r(&now, &local) == nullptr || std::strftime(stem, sizeof stem, "/VID_%Y%m%d_%H%M%S", &local) == 0)
-      return EIO;
-    // The longest name that numbering can lead to must fit.
-    if (folder.size() + std::strlen(stem) + sizeof("_9999.mp4") > name_size) return ENAMETOOLONG;
-    std::string path;
-    if (const int failure = handset::create_video_file(folder + stem, 0, &path, fd)) return failure;
-    std::memcpy(name, path.c_str(), path.size() + 1);
+    struct Film {
+      std::string path;
+      int fd = -1;
+    };
+    const auto film = std::make_shared<Film>();
+    const auto create = [film, folder = camera_roll_dir(), name_size] {
+      return handset::create_roll_film(folder, name_size, &film->path, &film->fd);
+    };
+    const auto nobody_waits = [film](int error) {
+      if (error == 0) camera_roll_close_video(film->fd);
+    };
+    const int failure = handset::Saving::begin(create, nobody_waits)->wait(handset::disk_patience);
+    if (failure != 0) return failure == EINPROGRESS ? ETIMEDOUT : failure;
+    *fd = film->fd;
+    std::memcpy(name, film->path.c_str(), film->path.size() + 1);
     return 0;
   });
 }
 
 int camera_roll_close_video(int fd) {
-  remove_if_empty(fd);
-  return close(fd) == 0 ? 0 : errno;
+  if (fcntl(fd, F_GETFD) == -1) return result(EBADF);
+  const auto finish = [fd] {
+    const bool empty = remove_if_empty(fd);
+    const int error = close(fd) == 0 ? 0 : errno;
+    return empty ? ENODATA : error;
+  };
+  return result(handset::Saving::begin(finish, {})->wait(handset::disk_patience));
 }
 
 int camera_start_video(camera_handle_t handle, const char* filename, camera_viewfinder_callback_t video_callback,

@@ -221,18 +221,22 @@ int camera_set_zoom(camera_handle_t handle, int level, bool smooth);
 /// Creates a new, empty video file in the camera roll (never an existing one).
 /// @param name       receives the absolute path, NUL-terminated
 /// @param name_size  bytes of `name`
-/// @return EINVAL, ENAMETOOLONG, or the error from creating the folder or the file
+/// @return EINVAL, ENAMETOOLONG, ETIMEDOUT if the disk does not answer within two seconds, or the error from creating
+///         the folder or the file
 int camera_roll_open_video(camera_handle_t handle, int* fd, char* name, std::size_t name_size,
                            camera_roll_video_fmt_t format);
-/// Closes the file, and removes it if it is still empty.
+/// Closes the file, and removes it if it is still empty and not being saved. Waits for at most two seconds.
+/// @return ENODATA if it was empty; EINPROGRESS if it is closed later; EBADF; or the error from closing
 int camera_roll_close_video(int fd);
 
-/// Starts encoding the viewfinder stream, as edited, overwriting an existing file.
-/// @param status_callback called when the recording ends by itself; may be null
+/// Starts encoding the viewfinder stream, as edited, overwriting an existing file. Started while an event is armed it
+/// takes edited frames only: when the editor goes, the film ends with its last frame.
+/// @param status_callback called when the recording ends by itself; if null, the viewfinder's is
 /// @return EINVAL (no viewfinder), EALREADY (recording runs), ENODEV (no encoder works), or the
 ///         error of opening the file
 int camera_start_video(camera_handle_t handle, const char* filename, camera_viewfinder_callback_t video_callback,
                        camera_status_callback_t status_callback, void* arg);
-/// Ends the recording; returns when its file is complete. EINVAL if none was started; the errno value of the failure if
-/// it has ended by itself.
+/// Ends the recording and completes its file. Returns when the file is complete; if the service is configured not to
+/// wait for films, within two seconds, with EINPROGRESS for one that is completed in the background. EINVAL if none was
+/// started; the errno value of the failure if it has ended by itself.
 int camera_stop_video(camera_handle_t handle);

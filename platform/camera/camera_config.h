@@ -36,6 +36,11 @@ struct CameraServiceConfig {
   /// it returns at once, and a camera that gives no picture is retried until it does. Clips, screens and descriptions
   /// are always waited for.
   bool wait_for_picture = true;
+  /// If set, ending a recording returns when its film is complete. Otherwise it returns within two seconds, and a film
+  /// that takes longer is completed in the background.
+  bool wait_for_film = true;
+  /// Frames that nobody has edited, because no event is armed, reach neither screen nor film.
+  bool edited_only = false;
   /// Folder for the controls' original values while a camera is open, one file per camera; empty to disable.
   std::string controls_folder;
   std::string memory_file;  ///< remembers which detected camera is rear and which front; empty to disable
@@ -75,6 +80,15 @@ void keep_heap_small();
 /// Ends the process, flushing its streams and undoing nothing else: threads abandoned in a device or a server may be
 /// inside a library that a normal exit would tear down. Call once everything is closed.
 [[noreturn]] void end_process(int status);
+
+/// While held, recordings may be started but take no frame; when that ends, the current one begins with the first frame
+/// that is announced to its editor afterwards. So a film begins with effects that are put in place after its start. Any
+/// thread. @return EBADF for a handle that is not open
+int camera_hold_video(camera_handle_t handle, bool hold);
+
+/// Waits until the films that are completed beside are done, so that the process may end.
+/// @return false at the end of the time
+bool wait_for_films(std::chrono::milliseconds limit);
 
 struct CameraStatistics {
   std::uint64_t arrived;   ///< frames that the source delivered

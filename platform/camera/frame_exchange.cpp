@@ -33,7 +33,8 @@ std::atomic<std::uint64_t> next_pair = 1;
 
 }  // namespace
 
-FrameExchange::FrameExchange(Pace pace, Publish publish) : pace_(pace), publish_(std::move(publish)) {}
+FrameExchange::FrameExchange(Pace pace, Unedited unedited, Publish publish)
+    : pace_(pace), unedited_(unedited), publish_(std::move(publish)) {}
 
 void FrameExchange::offer(Frame frame) {
   std::unique_lock lock(mutex_);
@@ -55,13 +56,13 @@ void FrameExchange::offer(Frame frame) {
 /// Hands an unedited frame to the consumers; leaves the lock held.
 void FrameExchange::publish_as_is(std::unique_lock<std::mutex>& lock, const Frame& frame) {
   // A pair of an earlier key that is still out would arrive after this frame.
-  if (state_ != State::idle) {
+  if (state_ != State::idle || unedited_ == Unedited::drop) {
     ++replaced_;
     return;
   }
   state_ = State::publishing;
   lock.unlock();
-  publish_(frame);
+  publish_(frame, 0);
   lock.lock();
   state_ = State::idle;
   changed_.notify_all();
@@ -144,7 +145,7 @@ int FrameExchange::give_back(const camera_buffer_t& buffer) {
   // The pair stays in flight until it is published: frames reach the consumers in order.
   state_ = State::publishing;
   lock.unlock();
-  publish_(current_);
+  publish_(current_, pair_);
   lock.lock();
   Frame done = std::move(current_);
   state_ = State::idle;
@@ -155,6 +156,15 @@ int FrameExchange::give_back(const camera_buffer_t& buffer) {
     lock.unlock();
   }
   return 0;
+}
+
+bool FrameExchange::is_armed() const {
+  const std::lock_guard lock(mutex_);
+  return armed_;
+}
+
+std::uint64_t FrameExchange::coming_pair() {
+  return next_pair;
 }
 
 void FrameExchange::shut() {

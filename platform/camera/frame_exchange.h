@@ -18,15 +18,17 @@ camera_buffer_t describe_frame(const GstVideoFrame& mapped, std::int64_t timesta
 ///
 /// One frame pair is in flight at a time. While it is announced or out, a paced exchange keeps the newest frame waiting
 /// and counts each one it replaces; an unpaced one blocks the streaming thread instead. Without an armed event, frames
-/// go to the consumers unchanged.
+/// go to the consumers unchanged, or nowhere.
 class FrameExchange {
  public:
   enum class Pace { drop, wait };
+  enum class Unedited { publish, drop };  ///< what happens to frames while no event is armed
   /// Gets each finished frame, in order, with no lock held: on the thread that returned it, or on the streaming thread
   /// if no event is armed. Must not allocate or block.
-  using Publish = std::function<void(const Frame&)>;
+  /// @param pair  grows from frame to frame; 0 for an unedited frame
+  using Publish = std::function<void(const Frame&, std::uint64_t pair)>;
 
-  FrameExchange(Pace pace, Publish publish);
+  FrameExchange(Pace pace, Unedited unedited, Publish publish);
 
   /// Takes a frame from the source. Streaming thread. An unpaced exchange returns once the frame is announced, or at
   /// once after shut().
@@ -40,6 +42,11 @@ class FrameExchange {
   int disable(camera_eventkey_t key);
   int fetch(camera_eventkey_t key, camera_buffer_t* input, camera_buffer_t* output);
   int give_back(const camera_buffer_t& buffer);
+
+  /// Whether an editor is there.
+  bool is_armed() const;
+  /// The pair that is announced next: what is set up before this call is in it, and in all that follow.
+  static std::uint64_t coming_pair();
 
   /// No more frames: drops what is waiting, unblocks offer(), makes later calls no-ops.
   void shut();
@@ -63,6 +70,7 @@ class FrameExchange {
   void drop_announced();
 
   const Pace pace_;
+  const Unedited unedited_;
   const Publish publish_;
 
   /// Guards everything below. Held for bookkeeping and for mapping a frame; never while sending a pulse or publishing a

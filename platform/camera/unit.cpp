@@ -104,11 +104,13 @@ int CameraUnit::start_viewfinder(camera_viewfinder_callback_t frame_callback, ca
     feed_->slot().set_rotation(viewfinder_.rotation);
     feed_->slot().set_notice({});
     feed_->slot().set_hint(source_->passed_over);
-    exchange_ = std::make_shared<FrameExchange>(unpaced_ ? FrameExchange::Pace::wait : FrameExchange::Pace::drop,
-                                                [weak = weak_from_this()](const Frame& frame) {
-                                                  // A pair may come back after the camera is closed.
-                                                  if (const auto self = weak.lock()) self->publish(frame);
-                                                });
+    exchange_ = std::make_shared<FrameExchange>(
+        unpaced_ ? FrameExchange::Pace::wait : FrameExchange::Pace::drop,
+        config_.edited_only ? FrameExchange::Unedited::drop : FrameExchange::Unedited::publish,
+        [weak = weak_from_this()](const Frame& frame, std::uint64_t pair) {
+          // A pair may come back after the camera is closed.
+          if (const auto self = weak.lock()) self->publish(frame, pair);
+        });
     lost_ = false;
     run_ = run;
     service_thread_ = std::thread([self = shared_from_this(), run] { self->serve(run); });
@@ -191,9 +193,9 @@ int CameraUnit::stop_viewfinder() {
   const std::lock_guard control(control_mutex_);
   if (exchange != this->exchange()) return 0;  // another thread has stopped it, and started it again
   end_recording();
+  forget_recording();
   end_feed();
   const std::lock_guard lock(state_mutex_);
-  recorder_.reset();
   capture_.reset();
   exchange_.reset();
   feed_.reset();
@@ -218,7 +220,7 @@ std::shared_ptr<Recorder> CameraUnit::recorder() const {
 }
 
 /// A finished frame on its way to screen and film. Filter thread, or streaming thread.
-void CameraUnit::publish(const Frame& frame) {
+void CameraUnit::publish(const Frame& frame, std::uint64_t pair) {
   std::shared_ptr<ViewfinderFeed> feed;
   std::shared_ptr<Recorder> recorder;
   Client viewfinder;
@@ -232,7 +234,8 @@ void CameraUnit::publish(const Frame& frame) {
   }
   if (feed) feed->post(frame);
   if (viewfinder.frame != nullptr) call_with_descriptor(viewfinder, frame);
-  if (recorder && recorder->push(frame) && video.frame != nullptr) call_with_descriptor(video, frame);
+  const bool belongs = pair >= first_pair_;
+  if (recorder && belongs && recorder->push(frame) && video.frame != nullptr) call_with_descriptor(video, frame);
 }
 
 void CameraUnit::call_with_descriptor(const Client& client, const Frame& frame) const {

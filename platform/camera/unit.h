@@ -17,11 +17,15 @@
 #include "platform/camera/device_controls.h"
 #include "platform/camera/frame_exchange.h"
 #include "platform/camera/recorder.h"
+#include "platform/camera/saving.h"
 #include "platform/camera/source.h"
 #include "platform/camera/stream_properties.h"
 #include "platform/camera/viewfinder_feed.h"
 
 namespace handset {
+
+/// A film's file, open and marked as being written.
+class FilmHold;
 
 /// One open camera. The functions are those of camera.h; any thread.
 ///
@@ -60,6 +64,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
 
   int start_video(const char* filename, camera_viewfinder_callback_t video_callback,
                   camera_status_callback_t status_callback, void* arg);
+  void hold_video(bool hold);
   int stop_video();
   CameraStatistics statistics() const;
 
@@ -84,6 +89,12 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
     std::condition_variable changed;
     bool done = false;
   };
+  /// How far a recording was when it last took a frame.
+  struct Progress {
+    int recording = 0;
+    std::uint64_t recorded = 0, dropped = 0;
+    std::chrono::steady_clock::time_point when{};
+  };
   struct Client {
     camera_viewfinder_callback_t frame = nullptr;
     camera_status_callback_t status = nullptr;
@@ -97,7 +108,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::string microphone_for_recording() const;
   void show_status(const std::string& text) const;
   void end_feed();
-  void publish(const Frame& frame);
+  void publish(const Frame& frame, std::uint64_t pair);
   void call_with_descriptor(const Client& client, const Frame& frame) const;
 
   // The service thread: unit_service.cpp.
@@ -117,6 +128,13 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   void revoke(const Reason& reason, const Run& run);
   void finish_clip(const Run& run);
 
+  std::shared_ptr<Recorder> make_recorder(const char* filename, const Capture& capture);
+  void recording_ended(int recording, int error);
+  int wait_recording(Recorder& recorder, const Capture& capture) const;
+  bool may_stall() const { return !unpaced_ && !source_->may_stand_still(); }
+  void begin_taking();
+  void watch_recording();
+  void forget_recording();
   void report_recording_error();
   void open_controls();
   void apply_look();
@@ -125,7 +143,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::shared_ptr<Recorder> recorder() const;
   std::shared_ptr<Capture> capture() const;
   void with_slot(const std::function<void(ViewfinderSlot&)>& change) const;
-  void end_recording();
+  int end_recording();
 
   const camera_handle_t handle_;
   const camera_unit_t unit_;
@@ -137,6 +155,10 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   /// Serialises starting and stopping of viewfinder and recording. Never held while the service thread
   /// is joined or a callback runs.
   std::mutex control_mutex_;
+
+  // Guarded by control_mutex_, and of recorder_:
+  std::shared_ptr<FilmHold> hold_;  ///< until it is being ended
+  std::shared_ptr<Saving> saving_;  ///< once it is being ended
 
   /// Held while wishes are shared out between device and picture, so that the newest come last.
   std::mutex look_mutex_;
@@ -151,13 +173,18 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::shared_ptr<ViewfinderFeed> feed_;
   std::shared_ptr<Recorder> recorder_;
   std::shared_ptr<Recorder> finished_;  ///< the last recording, for its figures
+  bool video_held_ = false;
   std::shared_ptr<Preparation> preparation_;
   std::shared_ptr<DeviceControls> controls_;  ///< of the running viewfinder's device, where it has a node
   Client viewfinder_client_;
   Client video_client_;
   CameraWishes wishes_;
 
-  std::string complaint_;                ///< the last one, until there is a picture; the service thread's own
+  std::string complaint_;  ///< the last one, until there is a picture; the service thread's own
+  /// Pairs from this one on are recorded; 0: unedited frames, too.
+  std::atomic<std::uint64_t> first_pair_{0};
+  std::atomic<int> recording_{0};        ///< number of the current recording; changes when it is over
+  Progress progress_;                    ///< the service thread's own
   std::atomic<bool> lost_{false};        ///< the source has failed since the viewfinder started
   std::atomic<int> recording_error_{0};  ///< why the recording ended by itself, until the client was told
   std::thread service_thread_;           ///< guarded by control_mutex_ but for the join

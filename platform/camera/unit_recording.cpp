@@ -6,9 +6,12 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
+#include <limits>
+#include <utility>
 
+#include "platform/camera/camera_roll.h"
 #include "platform/camera/encoders.h"
+#include "platform/camera/film_trouble.h"
 #include "platform/camera/unit.h"
 
 namespace handset {
@@ -21,24 +24,48 @@ constexpr std::chrono::milliseconds start_turn{50};
 constexpr std::chrono::milliseconds preparation_patience{1500};
 constexpr std::chrono::milliseconds preparation_long_patience{30000};  ///< of a client without a window
 
-/// @return 0 when a path is a regular file that can be written, else an errno value
-int check_writable(const char* path) {
-  const int fd = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) return errno;
-  struct stat status {};
-  const bool regular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
-  close(fd);
-  return regular ? 0 : EINVAL;
+/// A recording that takes nothing for so long, while frames come, has hung.
+constexpr std::chrono::milliseconds recording_hang{3000};
+constexpr std::uint64_t no_pair = std::numeric_limits<std::uint64_t>::max();
+constexpr char saving_notice[] = "Saving the film…";
+
+std::string end_notice(int error) {
+  return "Recording ended: " + film_trouble(error);
 }
 
-/// What the viewfinder says of a recording that has ended by itself.
-std::string end_notice(int error) {
-  if (error == ENOSPC) return "storage full, recording ended";
-  if (error == ETIMEDOUT) return "recording ended: the encoder has stopped";
-  return "recording ended: " + std::generic_category().message(error);
+/// A film that was completed beside is done.
+void end_saving(ViewfinderSlot* slot, int error) {
+  if (slot == nullptr) return;
+  if (error != 0) {
+    slot->set_notice(end_notice(error));
+  } else if (slot->status().notice == saving_notice) {
+    slot->set_notice({});
+  }
 }
 
 }  // namespace
+
+class FilmHold {
+ public:
+  FilmHold() = default;
+  FilmHold(const FilmHold&) = delete;
+  FilmHold& operator=(const FilmHold&) = delete;
+  ~FilmHold() {
+    if (fd_ >= 0) close(fd_);
+  }
+  /// @return 0 when the path is a regular file that can be written, else an errno value
+  int take(const std::string& path) {
+    fd_ = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (fd_ < 0) return errno;
+    struct stat status {};
+    if (fstat(fd_, &status) != 0 || !S_ISREG(status.st_mode)) return EINVAL;
+    hold_film(fd_);
+    return 0;
+  }
+
+ private:
+  int fd_ = -1;
+};
 
 /// Proves an encoder, which the first recording should not have to wait for.
 void CameraUnit::prepare() {
@@ -87,6 +114,53 @@ void CameraUnit::show_status(const std::string& text) const {
   with_slot([&](ViewfinderSlot& slot) { slot.set_status(text); });
 }
 
+std::shared_ptr<Recorder> CameraUnit::make_recorder(const char* filename, const Capture& capture) {
+  Recorder::Setup setup{.path = filename,
+                        .info = capture.picture(),
+                        .rate_numerator = 0,
+                        .rate_denominator = 1,
+                        .microphone = microphone_for_recording(),
+                        .wait_for_room = unpaced_,
+                        .disk_margin = config_.disk_margin,
+                        .show_status =
+                            [weak = weak_from_this()](const std::string& text) {
+                              if (const auto self = weak.lock()) self->show_status(text);
+                            },
+                        .lost_before = [weak = weak_from_this()]() -> std::uint64_t {
+                          const auto self = weak.lock();
+                          return self ? self->statistics().replaced : 0;
+                        }};
+  capture.frame_rate(&setup.rate_numerator, &setup.rate_denominator);
+  if (setup.rate_numerator <= 0) {
+    setup.rate_numerator = 30;
+    setup.rate_denominator = 1;
+  }
+  return std::make_shared<Recorder>(setup, [weak = weak_from_this(), recording = ++recording_](int error) {
+    // A film that is completed beside may outlive the camera.
+    if (const auto self = weak.lock()) self->recording_ended(recording, error);
+  });
+}
+
+/// A recording has ended by itself. Its thread, or the service thread.
+void CameraUnit::recording_ended(int recording, int error) {
+  with_slot([&](ViewfinderSlot& slot) { slot.set_notice(end_notice(error)); });
+  if (recording != recording_) return;  // the client has stopped it
+  // Told to the client by the service thread: there it may stop the recording or close the camera.
+  recording_error_ = error;
+  if (const auto running = capture()) running->wake();
+}
+
+/// Waits until a film has begun. A camera that goes meanwhile is not waited for. @return 0 or an errno value
+int CameraUnit::wait_recording(Recorder& recorder, const Capture& capture) const {
+  int error = ETIMEDOUT;
+  const auto end = std::chrono::steady_clock::now() + recording_start;
+  while (error == ETIMEDOUT && std::chrono::steady_clock::now() < end) {
+    error = recorder.wait_started(start_turn);
+    if (may_stall() && error == ETIMEDOUT && capture.silence() > recording_silence) break;
+  }
+  return error;
+}
+
 int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t video_callback,
                             camera_status_callback_t status_callback, void* arg) {
   if (filename == nullptr) return EINVAL;
@@ -99,52 +173,60 @@ int CameraUnit::start_video(const char* filename, camera_viewfinder_callback_t v
     if (recorder_ != nullptr) return EALREADY;
     capture = capture_;
   }
-  const bool may_stall = !unpaced_ && !source_->may_stand_still();
-  if (may_stall && capture->silence() > recording_silence) return EIO;  // it is being started again, or will be
-  if (const int error = check_writable(filename)) return error;
+  if (may_stall() && capture->silence() > recording_silence) return EIO;  // it is being started again, or will be
+  const auto hold = std::make_shared<FilmHold>();
+  const auto opening = Saving::begin([hold, path = std::string(filename)] { return hold->take(path); }, {});
+  const int refused = config_.wait_for_film ? opening->wait() : opening->wait(disk_patience);
+  if (refused != 0) return refused == EINPROGRESS ? ETIMEDOUT : refused;
   // Frames that come while an encoder is still being proven would have to wait for it, and be dropped.
   wait_prepared();
-
-  Recorder::Setup setup{.path = filename,
-                        .info = capture->picture(),
-                        .rate_numerator = 0,
-                        .rate_denominator = 1,
-                        .microphone = microphone_for_recording(),
-                        .wait_for_room = unpaced_,
-                        .disk_margin = config_.disk_margin,
-                        .show_status = [this](const std::string& text) { show_status(text); },
-                        .lost_before = [this] { return statistics().replaced; }};
-  capture->frame_rate(&setup.rate_numerator, &setup.rate_denominator);
-  if (setup.rate_numerator <= 0) {
-    setup.rate_numerator = 30;
-    setup.rate_denominator = 1;
-  }
   with_slot([](ViewfinderSlot& slot) { slot.set_notice({}); });
-  const auto recorder = std::make_shared<Recorder>(setup, [this](int error) {
-    with_slot([&](ViewfinderSlot& slot) { slot.set_notice(end_notice(error)); });
-    // Told to the client by the service thread: there it may stop the recording or close the camera.
-    recording_error_ = error;
-    if (const auto running = this->capture()) running->wake();
-  });
+  first_pair_ = no_pair;
+  const std::shared_ptr<Recorder> recorder = make_recorder(filename, *capture);
+  hold_ = hold;
+  bool held = false;
   {
     const std::lock_guard lock(state_mutex_);
     recorder_ = recorder;
     video_client_ = {video_callback, status_callback, arg};
-    if (exchange_) exchange_->set_wanted(true);
+    held = video_held_;
+    if (!held) begin_taking();
   }
-  // A camera that goes meanwhile is not waited for.
-  int error = ETIMEDOUT;
-  const auto end = std::chrono::steady_clock::now() + recording_start;
-  while (error == ETIMEDOUT && std::chrono::steady_clock::now() < end) {
-    error = recorder->wait_started(start_turn);
-    if (may_stall && error == ETIMEDOUT && capture->silence() > recording_silence) break;
-  }
+  if (held) return 0;  // what goes wrong from here on is told as a recording's end
+  const int error = wait_recording(*recorder, *capture);
   if (error == 0) return 0;
   end_recording();
-  recording_error_ = 0;  // the caller gets it
-  const std::lock_guard lock(state_mutex_);
-  recorder_.reset();
+  forget_recording();
   return error;
+}
+
+/// Lets the recording have frames. state_mutex_ is held.
+void CameraUnit::begin_taking() {
+  if (!exchange_) return;
+  first_pair_ = exchange_->is_armed() ? FrameExchange::coming_pair() : 0;
+  exchange_->set_wanted(true);
+}
+
+void CameraUnit::hold_video(bool hold) {
+  const std::lock_guard lock(state_mutex_);
+  if (std::exchange(video_held_, hold) && !hold && recorder_) begin_taking();
+}
+
+/// Ends a recording that takes no frames any more although they come: its disk hangs. Service thread.
+void CameraUnit::watch_recording() {
+  const std::shared_ptr<Recorder> recorder = this->recorder();
+  if (!recorder) return;
+  const auto now = std::chrono::steady_clock::now();
+  const int recording = recording_;
+  const std::uint64_t recorded = recorder->recorded();
+  const std::uint64_t dropped = recorder->dropped();
+  if (progress_.recording != recording || progress_.recorded != recorded || dropped == progress_.dropped) {
+    progress_ = {recording, recorded, dropped, now};
+  } else if (now - progress_.when > recording_hang) {
+    progress_.when = now;
+    std::fputs("recording ended: the storage does not answer\n", stderr);
+    recording_ended(recording, ETIMEDOUT);
+  }
 }
 
 /// Tells the client that its recording ended by itself. Service thread.
@@ -160,30 +242,56 @@ void CameraUnit::report_recording_error() {
   Client client;
   {
     const std::lock_guard lock(state_mutex_);
-    client = video_client_;
+    client = video_client_.status != nullptr ? video_client_ : viewfinder_client_;
   }
   if (client.status != nullptr) {
     client.status(handle_, CAMERA_STATUS_VIDEO_FAILED, static_cast<std::uint16_t>(error), client.arg);
   }
 }
 
-/// Completes the film, if there is one. control_mutex_ is held.
-void CameraUnit::end_recording() {
+/// Ends the recording, if there is one, and completes its film. control_mutex_ is held.
+/// @return what ended it, 0, or EINPROGRESS for a film that is completed beside
+int CameraUnit::end_recording() {
   const std::shared_ptr<Recorder> recorder = this->recorder();
   if (const auto exchange = this->exchange()) exchange->set_wanted(false);
-  if (recorder) recorder->stop();
+  if (!recorder) {
+    show_status({});
+    return 0;
+  }
+  if (!saving_) {
+    std::shared_ptr<ViewfinderSlot> slot;
+    with_slot([&](ViewfinderSlot& of_unit) { slot = of_unit.shared_from_this(); });
+    saving_ = Saving::begin([recorder, hold = std::exchange(hold_, {})] { return recorder->stop(); },
+                            [slot](int error) { end_saving(slot.get(), error); });
+  }
+  const int error = config_.wait_for_film ? saving_->wait() : saving_->wait(disk_patience);
   show_status({});
+  if (error == EINPROGRESS && recording_error_ == 0) {
+    with_slot([](ViewfinderSlot& slot) { slot.set_notice(saving_notice); });
+    // It may be done since, with nobody to take the notice away.
+    with_slot([&](ViewfinderSlot& slot) {
+      if (const int late = saving_->wait(std::chrono::milliseconds(0)); late != EINPROGRESS) end_saving(&slot, late);
+    });
+  }
+  return error;
+}
+
+/// The current recording is over, and what comes of it is no news any more. control_mutex_ is held.
+void CameraUnit::forget_recording() {
+  ++recording_;
+  recording_error_ = 0;  // the caller gets it
+  saving_.reset();
+  const std::lock_guard lock(state_mutex_);
+  if (recorder_) finished_ = std::move(recorder_);
+  recorder_.reset();
 }
 
 int CameraUnit::stop_video() {
   const std::lock_guard control(control_mutex_);
-  const std::shared_ptr<Recorder> recorder = this->recorder();
-  if (recorder == nullptr) return EINVAL;
-  end_recording();
-  recording_error_ = 0;  // the caller gets it
-  const std::lock_guard lock(state_mutex_);
-  finished_ = std::move(recorder_);
-  return recorder->stop();
+  if (this->recorder() == nullptr) return EINVAL;
+  const int error = end_recording();
+  forget_recording();
+  return error;
 }
 
 }  // namespace handset

@@ -45,6 +45,7 @@ void CameraUnit::serve(const RunPtr& run) {
     const std::shared_ptr<Capture> capture = this->capture();
     const Capture::Event event = capture->poll(service_turn);
     if (run->stop) return;
+    watch_recording();
     report_recording_error();
     if (event == Capture::Event::ended && unpaced_) {
       finish_clip(*run);
@@ -330,14 +331,14 @@ void CameraUnit::finish_clip(const Run& run) {
     return;
   }
   Client client;
+  bool complete = false;
   {
     const std::lock_guard control(control_mutex_);
-    end_recording();
+    complete = recorder() != nullptr && end_recording() == 0;
     const std::lock_guard lock(state_mutex_);
     client = video_client_;
   }
-  const std::shared_ptr<Recorder> recorder = this->recorder();
-  if (client.status != nullptr && recorder != nullptr && recorder->stop() == 0) {
+  if (client.status != nullptr && complete) {
     client.status(handle_, CAMERA_STATUS_VIDEO_FINISHED, 0, client.arg);
   }
 }

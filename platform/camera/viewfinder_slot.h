@@ -23,7 +23,7 @@ struct ViewfinderStatus {
 
 /// Where a camera posts its finished frames for the screen: keeps the newest. A slow screen skips frames and never
 /// holds the camera up. Any thread.
-class ViewfinderSlot {
+class ViewfinderSlot : public std::enable_shared_from_this<ViewfinderSlot> {
  public:
   /// Replaces the newest frame and notifies the listener. Any thread; allocates nothing.
   void post(const Frame& frame);

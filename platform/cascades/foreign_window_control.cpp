@@ -27,6 +27,8 @@ constexpr int hint_time_ms = 6000;
 constexpr int backdrop_period_ms = 150;
 /// Vertical position of the hint's center, as a share of the item's height.
 constexpr double hint_place = 0.14;
+/// A picture's middle is what its user looks at.
+constexpr double notice_place = 0.24;
 
 /// Maps the item's coordinates to the window's pixels.
 class PixelGrid {
@@ -301,7 +303,8 @@ QSGNode* ForeignWindowControl::updatePaintNode(QSGNode* old, UpdatePaintNodeData
     node->set_image(ViewfinderNode::picture, {}, {}, false);
     node->set_image(ViewfinderNode::backdrop, {}, {}, false);
   }
-  picture_->show_text(node, ViewfinderNode::notice, notice_, item.center(), item, grid);
+  const double notice_height = frame ? item.height() * notice_place : item.center().y();
+  picture_->show_text(node, ViewfinderNode::notice, notice_, {item.center().x(), notice_height}, item, grid);
   picture_->show_text(node, ViewfinderNode::hint, hint_, {item.center().x(), item.height() * hint_place}, item, grid);
   return node;
 }

@@ -1,6 +1,7 @@
 #include "platform/system/film_player.h"
 
 #include <gst/gst.h>
+#include <gst/pbutils/pbutils.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -9,7 +10,9 @@
 #include <mutex>
 #include <string_view>
 #include <thread>
+#include <vector>
 
+#include "platform/camera/camera_roll.h"
 #include "platform/camera/range.h"
 #include "platform/sound/output.h"
 #include "platform/system/film_picture.h"
@@ -33,6 +36,18 @@ std::string reason_against(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return "there is no such file";
   return S_ISREG(status.st_mode) ? "" : "it is no file";
+}
+
+/// @return nanoseconds; 0 if unknown
+std::int64_t length_of(const std::string& path) {
+  const auto discoverer =
+      ObjectPtr<GstDiscoverer>::adopt(gst_discoverer_new(GST_SECOND * start_patience.count(), nullptr));
+  const GStringPtr uri(gst_filename_to_uri(path.c_str(), nullptr), g_free);
+  if (!discoverer || !uri) return 0;
+  const auto info =
+      ObjectPtr<GstDiscovererInfo>::adopt(gst_discoverer_discover_uri(discoverer.get(), uri.get(), nullptr));
+  const GstClockTime length = info ? gst_discoverer_info_get_duration(info.get()) : GST_CLOCK_TIME_NONE;
+  return GST_CLOCK_TIME_IS_VALID(length) ? static_cast<std::int64_t>(length) : 0;
 }
 
 /// The streams that carry their own color description.
@@ -67,7 +82,10 @@ class FilmPlayer::Run {
   void play();
 
  private:
+  void find_parts();
   bool build();
+  bool go_to_part(std::size_t part);
+  std::size_t part_at(std::int64_t position) const;
   bool step();
   bool take(GstMessage* message);
   bool take_error(GstMessage* message);
@@ -93,6 +111,9 @@ class FilmPlayer::Run {
   BusPtr bus_;
 
   // Used by the thread only.
+  std::vector<std::string> parts_;
+  std::vector<std::int64_t> begins_{0};  ///< of each part in the whole, and the end of the whole if there are several
+  std::size_t part_ = 0;
   ElementPtr pipeline_;
   ElementPtr sound_;
   bool silent_ = false;   ///< the sound device has failed
@@ -143,8 +164,11 @@ void FilmPlayer::Run::play() {
   const std::string reason = reason_against(path_);
   if (!reason.empty()) {
     fail(reason);
-  } else if (build()) {
-    while (step()) {
+  } else {
+    find_parts();
+    if (build()) {
+      while (step()) {
+      }
     }
   }
   if (pipeline_) gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
@@ -152,6 +176,26 @@ void FilmPlayer::Run::play() {
   const std::lock_guard lock(mutex_);
   over_ = true;
   changed_.notify_all();
+}
+
+/// A long recording's film goes on in further files, which are played as one.
+void FilmPlayer::Run::find_parts() {
+  parts_ = film_parts(path_);
+  if (parts_.size() == 1) return;
+  for (const std::string& part : parts_) begins_.push_back(begins_.back() + length_of(part));
+}
+
+std::size_t FilmPlayer::Run::part_at(std::int64_t position) const {
+  std::size_t part = 0;
+  while (part + 1 < parts_.size() && position >= begins_[part + 1]) ++part;
+  return part;
+}
+
+/// @return false when it cannot be played
+bool FilmPlayer::Run::go_to_part(std::size_t part) {
+  gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+  part_ = part;
+  return build();
 }
 
 bool FilmPlayer::Run::build() {
@@ -169,7 +213,7 @@ bool FilmPlayer::Run::build() {
     fail(error.empty() ? "GStreamer is not installed completely" : error);
     return false;
   }
-  const GStringPtr uri(gst_filename_to_uri(path_.c_str(), nullptr), g_free);
+  const GStringPtr uri(gst_filename_to_uri(parts_[part_].c_str(), nullptr), g_free);
   g_object_set(pipeline_.get(), "uri", uri.get(), "flags", play_flags, "video-sink", picture.get(), "audio-sink",
                sound_.get(), nullptr);
   g_signal_connect(pipeline_.get(), "deep-element-added", G_CALLBACK(on_element), nullptr);
@@ -203,6 +247,7 @@ bool FilmPlayer::Run::take(GstMessage* message) {
     case GST_MESSAGE_ERROR:
       return take_error(message);
     case GST_MESSAGE_EOS: {
+      if (part_ + 1 < parts_.size()) return go_to_part(part_ + 1);
       const std::lock_guard lock(mutex_);
       status_.ended = true;
       return false;
@@ -246,7 +291,16 @@ bool FilmPlayer::Run::obey() {
     playing = playing_;
     if (started_ && !seeking()) position = std::exchange(wanted_position_, -1);
   }
-  if (position >= 0) seek_now(position);
+  if (position >= 0) {
+    if (const std::size_t part = part_at(position); part != part_) {
+      {
+        const std::lock_guard lock(mutex_);
+        if (wanted_position_ < 0) wanted_position_ = position;
+      }
+      return go_to_part(part);
+    }
+    seek_now(position - begins_[part_]);
+  }
   if (playing != plays_) {
     plays_ = playing;
     gst_element_set_state(pipeline_.get(), plays_ ? GST_STATE_PLAYING : GST_STATE_PAUSED);
@@ -257,7 +311,8 @@ bool FilmPlayer::Run::obey() {
 void FilmPlayer::Run::seek_now(std::int64_t position) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
   // At the very end there is no picture left.
-  const std::int64_t last = std::max<std::int64_t>(0, status().duration - last_picture);
+  const std::int64_t end = parts_.size() > 1 ? begins_[part_ + 1] - begins_[part_] : status().duration;
+  const std::int64_t last = std::max<std::int64_t>(0, end - last_picture);
   // Completion is a message. If it never arrives, the user must still be able to seek elsewhere.
   if (gst_element_seek_simple(pipeline_.get(), GST_FORMAT_TIME, flags, std::min(position, last)))
     seeking_until_ = Clock::now() + std::chrono::seconds(1);
@@ -269,8 +324,12 @@ void FilmPlayer::Run::look_at_clock() {
   gst_element_query_position(pipeline_.get(), GST_FORMAT_TIME, &position);
   gst_element_query_duration(pipeline_.get(), GST_FORMAT_TIME, &duration);
   const std::lock_guard lock(mutex_);
-  if (duration >= 0) status_.duration = duration;
-  if (position >= 0 && started_ && !seeking() && wanted_position_ < 0) status_.position = position;
+  if (parts_.size() > 1) {
+    status_.duration = begins_.back();
+  } else if (duration >= 0) {
+    status_.duration = duration;
+  }
+  if (position >= 0 && started_ && !seeking() && wanted_position_ < 0) status_.position = begins_[part_] + position;
 }
 
 void FilmPlayer::Run::fail(const std::string& reason) {

@@ -8,9 +8,9 @@
 
 namespace handset {
 
-/// Plays a film: its pictures go to a viewfinder slot, on time and in the camera's frame format (NV12, full-range
-/// BT.601), its sound to the sound device if there is one. Everything that may block happens on the player's own
-/// thread.
+/// Plays a film and the parts that its recording went on in: its pictures go to a viewfinder slot, on time and in the
+/// camera's frame format (NV12, full-range BT.601), its sound to the sound device if there is one. Everything that may
+/// block happens on the player's own thread.
 class FilmPlayer {
  public:
   struct Status {

@@ -139,6 +139,7 @@ int start_camera(const Options& options, Camera* camera, News* news, Stamp* stam
   handset::CameraServiceConfig config = handset::config_from_device_profile();
   config.rear = options.source;
   config.unpaced = options.unpaced;
+  config.edited_only = true;
   if (!options.microphone.empty()) config.microphone = options.microphone;
   const std::string complaint = config.unpaced ? "" : handset::check_microphone(config.microphone);
   if (!complaint.empty()) return complain(complaint);
