@@ -55,8 +55,9 @@ void FrameExchange::offer(Frame frame) {
 
 /// Hands an unedited frame to the consumers; leaves the lock held.
 void FrameExchange::publish_as_is(std::unique_lock<std::mutex>& lock, const Frame& frame) {
+  if (unedited_ == Unedited::drop) return;
   // A pair of an earlier key that is still out would arrive after this frame.
-  if (state_ != State::idle || unedited_ == Unedited::drop) {
+  if (state_ != State::idle) {
     ++replaced_;
     return;
   }
