@@ -179,13 +179,25 @@ void on_call(const std::string& call, std::function<void()> action) {
   now.actions.emplace_back(call, std::move(action));
 }
 
-void revoke() {
+namespace {
+
+void tell(camera_devstatus_t status, std::uint16_t extra) {
   std::unique_lock lock(mutex);
   const auto [handle, callback, argument] =
       std::tuple(now.camera.handle, now.camera.status_callback, now.camera.status_argument);
   lock.unlock();
   if (!callback) return;
-  std::thread([=] { callback(handle, CAMERA_STATUS_RESOURCES_REVOKED, 0, argument); }).join();
+  std::thread([=] { callback(handle, status, extra, argument); }).join();
+}
+
+}  // namespace
+
+void revoke() {
+  tell(CAMERA_STATUS_RESOURCES_REVOKED, 0);
+}
+
+void end_recording(int error) {
+  tell(CAMERA_STATUS_VIDEO_FAILED, static_cast<std::uint16_t>(error));
 }
 
 void offer(camera_unit_t unit) {
@@ -257,6 +269,10 @@ bool is_open() {
 }
 
 }  // namespace fake_camera
+
+int handset::camera_hold_video(camera_handle_t handle, bool hold) {
+  return call(handle, line("hold_video", int{hold}));
+}
 
 int camera_open(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle) {
   if (const int error = call(line("open", int{unit}, mode))) return error;

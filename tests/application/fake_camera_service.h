@@ -8,7 +8,7 @@
 //   open 2 31 | close | has_feature 8 | get_sizes 0 | get_rotations 0 | get_vf 0 | get_video 6 | get_zoom_limits
 //   set_video 1=1280 2=720 | set_vf 1=1280 2=720 11=group 12=cameraViewfinder | focus 5 | scene 1 | light 1 | zoom 8
 //   smooth start_vf 123 | enable | disable | roll_open 256 0 | start_video /roll/VID_1.mp4 | stop_video | roll_close
-//   101
+//   101 | hold_video 1
 //
 // "without camera" ends the line of a call whose handle is not open; such a call fails with EBADF. Fetching and
 // returning frames and the count of users are not written down. Any thread.
@@ -50,6 +50,9 @@ void on_call(const std::string& call, std::function<void()> action);
 
 /// Revokes the camera's resources: calls the status callback on a separate thread and returns when it has.
 void revoke();
+
+/// Calls the status callback with a recording's end on a thread of its own and returns when it has.
+void end_recording(int error);
 
 /// Tells the application that reopening a unit is worthwhile, as the service does for a camera that comes back.
 void offer(camera_unit_t unit);

@@ -2,6 +2,7 @@
 
 #include <QTimer>
 #include <cerrno>
+#include <cstdio>
 
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
@@ -31,6 +32,10 @@ class RecordingSlots : public AppTest {
     logo_image = allocate_overlay(4, 4);
     logo_image.enabled = true;
   }
+  static std::string toast() {
+    const QObject* const shown = handset::Stage::instance()->toast();
+    return shown ? shown->property("body").toString().toStdString() : "";
+  }
   bool visible(const char* container) const { return on_page<Container>(container).isVisible(); }
   std::pair<QString, QString> images(const char* button) const {
     const auto& found = on_page<ImageButton>(button);
@@ -53,8 +58,8 @@ class RecordingSlots : public AppTest {
 TEST_F(RecordingSlots, StartAndStopInOrder) {
   start_quietly();
   app->onStartStopRecording();
-  EXPECT_THAT(fake_camera::commands(), ElementsAre(start_sound, "set_vf 6=0", "set_video 6=0", "roll_open 256 0",
-                                                   "start_video /roll/VID_1.mp4"));
+  EXPECT_THAT(fake_camera::commands(), ElementsAre(start_sound, "set_vf 6=0", "set_video 6=0", "hold_video 1",
+                                                   "roll_open 256 0", "start_video /roll/VID_1.mp4", "hold_video 0"));
   EXPECT_EQ(app->mVideoFd, 101);
   EXPECT_TRUE(visible("RecordContainer"));
   EXPECT_FALSE(visible("playContainer"));
@@ -115,8 +120,9 @@ TEST_F(RecordingSlots, AFilmThatCannotBeCreated) {
   show_overlay();
   fake_camera::answer("roll_open", {ENOSPC});
   EXPECT_EQ(errors_of([this] { app->onStartStopRecording(); }), "WIN: 0 VF: 0 VID: 0 MIRROR: false\n");
-  EXPECT_THAT(fake_camera::commands(),
-              ElementsAre(start_sound, "set_vf 6=0", "set_video 6=0", "roll_open 256 0", stop_sound));
+  EXPECT_THAT(fake_camera::commands(), ElementsAre(start_sound, "set_vf 6=0", "set_video 6=0", "hold_video 1",
+                                                   "roll_open 256 0", "hold_video 0", stop_sound));
+  EXPECT_EQ(toast(), "Cannot record: the storage is full");
   EXPECT_EQ(app->mVideoFd, -1);
   EXPECT_TRUE(logo_image.enabled);
   EXPECT_FALSE(visible("RecordContainer"));
@@ -129,8 +135,9 @@ TEST_F(RecordingSlots, ARecordingThatDoesNotStart) {
   EXPECT_EQ(errors_of([this] { app->onStartStopRecording(); }),
             "WIN: 0 VF: 0 VID: 0 MIRROR: false\nfailed to start recording\n");
   const std::vector<std::string> commands = fake_camera::commands();
-  EXPECT_THAT(std::vector(commands.end() - 3, commands.end()),
-              ElementsAre("start_video /roll/VID_1.mp4", "roll_close 101", stop_sound));
+  EXPECT_THAT(std::vector(commands.end() - 4, commands.end()),
+              ElementsAre("start_video /roll/VID_1.mp4", "roll_close 101", "hold_video 0", stop_sound));
+  EXPECT_EQ(toast().substr(0, 15), "Cannot record: ");
   EXPECT_EQ(app->mVideoFd, -1);
   EXPECT_EQ(fake_camera::open_films(), 0);
   EXPECT_TRUE(logo_image.enabled);
@@ -150,14 +157,14 @@ TEST_F(RecordingSlots, NoSoundsWhereTheyAreNotWanted) {
   EXPECT_THAT(fake_camera::journal(), Not(Contains(testing::StartsWith("play"))));
 }
 
-TEST_F(RecordingSlots, TheOverlayRestsWhileARecordingStarts) {
+TEST_F(RecordingSlots, TheOverlayRestsWhileARecordingStartsAndIsThereWhenItsFilmBegins) {
   start_quietly();
   show_overlay();
-  bool drawn = true;
-  fake_camera::on_call("start_video", [&drawn] { drawn = logo_image.enabled; });
+  std::vector<bool> drawn;
+  for (const char* const call : {"start_video", "hold_video 0"})
+    fake_camera::on_call(call, [&drawn] { drawn.push_back(logo_image.enabled); });
   app->onStartStopRecording();
-  EXPECT_FALSE(drawn);
-  EXPECT_TRUE(logo_image.enabled);
+  EXPECT_THAT(drawn, ElementsAre(false, true));
 }
 
 TEST_F(RecordingSlots, OnlyStampsWithSecondsTick) {
@@ -206,6 +213,22 @@ TEST_F(RecordingSlots, TheStopCompletesWhateverTheCameraSays) {
   fake_camera::fail("roll_close", EIO);
   app->onStartStopRecording();
   expect_idle_look();
+}
+
+TEST_F(RecordingSlots, ARecordingThatEndsByItselfTakesClockAndButtonAlong) {
+  std::snprintf(settings.lastVideoPath, sizeof settings.lastVideoPath, "/roll/VID_0.mp4");
+  for (const int closing : {0, ENODATA}) {
+    start();
+    app->onStartStopRecording();
+    EXPECT_STREQ(stored_settings().lastVideoPath, "/roll/VID_1.mp4");
+    fake_camera::answer("roll_close", {closing});
+    fake_camera::end_recording(ENOSPC);
+    EXPECT_TRUE(wait_until([this] { return app->mVideoFd == -1; }));
+    expect_idle_look();
+    // An empty film is removed, and is not the last one.
+    EXPECT_STREQ(stored_settings().lastVideoPath, closing == 0 ? "/roll/VID_1.mp4" : "/roll/VID_0.mp4");
+    end();
+  }
 }
 
 TEST_F(RecordingSlots, TheClockShowsTheTimeAndBlinks) {

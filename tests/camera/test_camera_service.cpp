@@ -323,7 +323,7 @@ TEST_F(Service, AFullDiskEndsTheRecordingWithANotice) {
   } else {
     EXPECT_EQ(error, ENOSPC);
   }
-  EXPECT_EQ(slot->status().notice, "storage full, recording ended");
+  EXPECT_EQ(slot->status().notice, "Recording ended: the storage is full");
   EXPECT_TRUE(slot->latest());
   testing::internal::GetCapturedStderr();
 }
@@ -440,7 +440,7 @@ TEST_F(Service, CameraRollMakesNewFilesInTheUsersVideos) {
   EXPECT_EQ(path.parent_path().filename(), "Camera");
   EXPECT_EQ(path.filename().string().size(), std::string("VID_20260101_000000.mp4").size());
   EXPECT_TRUE(std::filesystem::exists(path));
-  EXPECT_EQ(camera_roll_close_video(fd), 0);
+  EXPECT_EQ(camera_roll_close_video(fd), ENODATA);
   EXPECT_NE(camera_roll_close_video(fd), 0);
   EXPECT_FALSE(std::filesystem::exists(path)) << "nothing was recorded";
   ASSERT_EQ(camera_roll_open_video(handle, &fd, name, sizeof name, CAMERA_ROLL_VIDEO_FMT_DEFAULT), 0);

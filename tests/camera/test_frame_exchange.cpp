@@ -37,7 +37,7 @@ class Exchange : public testing::Test {
   }
 
   FrameExchange::Publish collect() {
-    return [this](const Frame& frame) { published_.push_back(frame.timestamp); };
+    return [this](const Frame& frame, std::uint64_t) { published_.push_back(frame.timestamp); };
   }
   /// Fetches and returns one pair. @return its time, or the negative error of fetching
   std::int64_t edit(FrameExchange& exchange) {
@@ -57,7 +57,7 @@ class Exchange : public testing::Test {
 };
 
 TEST_F(Exchange, NewestFrameReplacesTheWaitingOneAndIsCounted) {
-  FrameExchange exchange(FrameExchange::Pace::drop, collect());
+  FrameExchange exchange(FrameExchange::Pace::drop, FrameExchange::Unedited::publish, collect());
   ASSERT_EQ(exchange.enable(CAMERA_EVENTMODE_READWRITE, &key_, event_), 0);
   for (int i = 1; i <= 5; ++i) exchange.offer(frame_number(i));
   EXPECT_EQ(exchange.replaced(), 3U);
@@ -79,13 +79,14 @@ TEST_F(Exchange, NewestFrameReplacesTheWaitingOneAndIsCounted) {
 
 TEST_F(Exchange, BothDescriptorsShareTheMemoryThatIsPublished) {
   const std::uint8_t* published = nullptr;
-  FrameExchange exchange(FrameExchange::Pace::drop, [&](const Frame& frame) {
-    GstMapInfo map;
-    ASSERT_TRUE(gst_buffer_map(frame.buffer.get(), &map, GST_MAP_READ));
-    published = map.data;
-    EXPECT_EQ(map.data[0], 0x5A);
-    gst_buffer_unmap(frame.buffer.get(), &map);
-  });
+  FrameExchange exchange(FrameExchange::Pace::drop, FrameExchange::Unedited::publish,
+                         [&](const Frame& frame, std::uint64_t) {
+                           GstMapInfo map;
+                           ASSERT_TRUE(gst_buffer_map(frame.buffer.get(), &map, GST_MAP_READ));
+                           published = map.data;
+                           EXPECT_EQ(map.data[0], 0x5A);
+                           gst_buffer_unmap(frame.buffer.get(), &map);
+                         });
   ASSERT_EQ(exchange.enable(CAMERA_EVENTMODE_READWRITE, &key_, event_), 0);
   exchange.offer(frame_number(1));
   camera_buffer_t input{};
@@ -108,7 +109,7 @@ TEST_F(Exchange, BothDescriptorsShareTheMemoryThatIsPublished) {
 }
 
 TEST_F(Exchange, UnpacedSourceWaitsForEditorAndConsumer) {
-  FrameExchange exchange(FrameExchange::Pace::wait, collect());
+  FrameExchange exchange(FrameExchange::Pace::wait, FrameExchange::Unedited::publish, collect());
   std::atomic<int> offered = 0;
   std::thread source([&] {
     for (int i = 1; i <= 50; ++i) {
@@ -133,7 +134,7 @@ TEST_F(Exchange, UnpacedSourceWaitsForEditorAndConsumer) {
 }
 
 TEST_F(Exchange, UnarmedFramesGoThroughAndDisarmingDropsWhatWasAnnounced) {
-  FrameExchange exchange(FrameExchange::Pace::drop, collect());
+  FrameExchange exchange(FrameExchange::Pace::drop, FrameExchange::Unedited::publish, collect());
   exchange.offer(frame_number(1));
   EXPECT_EQ(published_, (std::vector<std::int64_t>{1}));
   ASSERT_EQ(exchange.enable(CAMERA_EVENTMODE_READWRITE, &key_, event_), 0);
@@ -150,8 +151,19 @@ TEST_F(Exchange, UnarmedFramesGoThroughAndDisarmingDropsWhatWasAnnounced) {
   EXPECT_EQ(published_, (std::vector<std::int64_t>{1}));
 }
 
+TEST_F(Exchange, WhereOnlyEditedFramesCountNoOthersComeThrough) {
+  FrameExchange exchange(FrameExchange::Pace::drop, FrameExchange::Unedited::drop, collect());
+  exchange.offer(frame_number(1));
+  ASSERT_EQ(exchange.enable(CAMERA_EVENTMODE_READWRITE, &key_, event_), 0);
+  exchange.offer(frame_number(2));
+  EXPECT_EQ(edit(exchange), 2);
+  EXPECT_EQ(exchange.disable(key_), 0);
+  exchange.offer(frame_number(3));
+  EXPECT_EQ(published_, (std::vector<std::int64_t>{2}));
+}
+
 TEST_F(Exchange, ShuttingFreesTheSourceAndKeepsThePairThatIsOutValid) {
-  FrameExchange exchange(FrameExchange::Pace::wait, collect());
+  FrameExchange exchange(FrameExchange::Pace::wait, FrameExchange::Unedited::publish, collect());
   ASSERT_EQ(exchange.enable(CAMERA_EVENTMODE_READWRITE, &key_, event_), 0);
   exchange.set_wanted(true);
   exchange.offer(frame_number(1));
