@@ -5,6 +5,7 @@
 
 #include "app/tarnelapp.h"
 #include "platform/camera/camera_config.h"
+#include "platform/camera/mp4_index.h"
 #include "platform/cascades/single_instance.h"
 #include "platform/device/sandbox.h"
 
@@ -35,8 +36,7 @@ int run(int argc, char** argv) {
   QObject::connect(place.get(), &handset::SingleInstance::activation_requested, &app,
                    &bb::cascades::Application::bringToFront);
   auto* const application = new tarnelApp(&app);
-  // A film that was cut off needs nothing more: its index is in it at every moment.
-  application->tidy_films([](const std::string&, bool*) { return 0; });
+  application->tidy_films(&handset::complete_mp4);
   return app.exec();
 }
 
