@@ -27,8 +27,8 @@ class CameraWatch {
   /// Looks again soon. Any thread.
   void rescan();
 
-  /// Calls back after every change of the list and when the first scan is through, on the watch's thread with no lock held. The callback must not call
-  /// stop_listening().
+  /// Calls back after every change of the list and when the first scan is through, on the watch's thread with no lock
+  /// held. The callback must not call stop_listening().
   /// @return number for stop_listening. Any thread.
   int on_cameras_changed(std::function<void()> listener);
   /// The listener does not run any more when this returns. Any thread but the watch's.

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/camera/camera_roll.h"
+
 namespace handset {
 namespace {
 
@@ -57,8 +59,9 @@ int FilmFile::open(const std::string& path, std::chrono::milliseconds period) {
   path_ = path;
   period_ = period;
   fd_ = ::open(path.c_str(), O_RDWR | O_TRUNC | O_CLOEXEC);
-  if (fd_ < 0) error_ = errno;
-  return error_;
+  if (fd_ < 0) return error_ = errno;
+  hold_film(fd_);
+  return 0;
 }
 
 int FilmFile::append(BufferPtr bytes) {

@@ -26,13 +26,13 @@ class Encoders : public testing::Test {
     return handset::prove_video_encoder({element, "NV12", settings, true, false, describe}, {320, 240}, 30).reason;
   }
   handset::Film::Setup film_setup() const {
+    write_file(dir_.file("film.mp4"), "");
     return {.path = dir_.file("film.mp4"),
             .info = frames_.info(),
             .rate_numerator = 30,
             .rate_denominator = 1,
             .sound = false,
-            .start = 0,
-            .index_reserve = std::chrono::seconds(60)};
+            .start = 0};
   }
   /// Films the scene. @param lighten_at  frames before which the encoder is made lighter
   film::Film make_film(const handset::Film::Setup& setup, int count, const std::vector<int>& lighten_at) {

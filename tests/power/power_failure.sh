@@ -11,7 +11,11 @@ done
 [ "$(id -u)" -eq 0 ] && losetup -f >/dev/null 2>&1 || { echo "skipped: loop devices are not to be had"; exit 77; }
 
 work=$(mktemp -d)
-trap 'for m in "$work"/*/disk; do umount "$m" 2>/dev/null; done; rm -rf "$work"' EXIT
+clean_up() {
+  for disk in "$work"/*/disk; do umount "$disk" 2>/dev/null; done
+  rm -rf "$work"
+}
+trap clean_up EXIT
 probe=$work/probe
 mkdir "$probe" && truncate -s 300M "$probe.img" && mkfs.ext4 -q "$probe.img"
 mount -o loop "$probe.img" "$probe" 2>/dev/null || { echo "skipped: loop devices are not to be had"; exit 77; }

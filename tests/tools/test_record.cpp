@@ -239,11 +239,11 @@ TEST_F(Record, LoopingClipGoesOnPastItsEnd) {
 
 TEST_F(Record, FullDiskExitsWithOneAndAPlayableFilm) {
   const std::string path = out("full.mp4");
-  // Room for the index and some of the film; then every write fails.
+  // Room for some of the film; then every write fails.
   Process process(command({"--source", "gst:videotestsrc is-live=true pattern=snow", "--size", "1280x720",
                            "--microphone", "none", "--seconds", "30", path}),
                   [] {
-                    const rlimit limit{12'000'000, 12'000'000};
+                    const rlimit limit{3'000'000, 3'000'000};
                     setrlimit(RLIMIT_FSIZE, &limit);
                   });
   EXPECT_EQ(process.wait(), 1);
@@ -254,8 +254,8 @@ TEST_F(Record, FullDiskExitsWithOneAndAPlayableFilm) {
 
 TEST_F(Record, FilmThatFailsAtItsVeryEndExitsWithOne) {
   Process process(command({"--source", "clip:" + clip(), "--unpaced", out("end.mp4")}), [] {
-    // Less than the room for the index: whatever is written comes too late to be noticed before the clip is through.
-    const rlimit limit{3'000'000, 3'000'000};
+    // Less than the first fragment: its failure comes too late to be noticed before the clip is through.
+    const rlimit limit{4'000, 4'000};
     setrlimit(RLIMIT_FSIZE, &limit);
   });
   EXPECT_EQ(process.wait(), 1);
