@@ -421,7 +421,8 @@ std::int64_t Capture::time_of(GstSample* sample) {
       gst_segment_to_running_time(gst_sample_get_segment(sample), GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
   if (!GST_CLOCK_TIME_IS_VALID(running)) return monotonic_now();
   GstClockTime base = gst_element_get_base_time(sink_.get());
-  if (GST_CLOCK_TIME_IS_VALID(last_running_) && running <= last_running_ && GST_CLOCK_TIME_IS_VALID(last_duration_)) {
+  if (setup_.source->is_clip() && GST_CLOCK_TIME_IS_VALID(last_running_) && running <= last_running_ &&
+      GST_CLOCK_TIME_IS_VALID(last_duration_)) {
     // A new loop starts at the time at which the last picture began, not ended: it is put off by that one's turn.
     base += last_duration_;
     gst_element_set_base_time(sink_.get(), base);

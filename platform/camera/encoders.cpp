@@ -146,12 +146,4 @@ std::optional<VideoEncoder> lighter_video_encoder(const VideoEncoder& encoder) {
   return {};
 }
 
-std::string audio_encoder_description() {
-  for (const char* element : {"fdkaacenc", "avenc_aac", "voaacenc"}) {
-    const auto factory = ObjectPtr<GstElementFactory>::adopt(gst_element_factory_find(element));
-    if (factory) return std::string("audioconvert ! ") + element + " bitrate=128000 ! aacparse";
-  }
-  return {};
-}
-
 }  // namespace handset

@@ -48,7 +48,4 @@ std::optional<VideoEncoder> lighter_video_encoder(const VideoEncoder& encoder);
 /// @return false, with nothing changed, when there is no such element
 bool replace_video_encoder(GstElement* pipeline, const VideoEncoder& encoder, camera_res_t size, int frame_rate);
 
-/// Description from raw sound to parsed AAC; empty when no AAC encoder is installed.
-std::string audio_encoder_description();
-
 }  // namespace handset

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "platform/camera/audio_encoder.h"
 #include "platform/camera/camera_config.h"
 #include "platform/camera/colorimetry.h"
 #include "platform/camera/encoders.h"
@@ -25,6 +26,9 @@ constexpr char muxer_description[] =
 constexpr char mux_queue[] = " ! queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ! mux. ";
 
 }  // namespace
+
+Film::Film(const Setup& setup)
+    : setup_(setup), clock_(setup.start, std::int64_t{1'000'000'000} * setup.rate_denominator / setup.rate_numerator) {}
 
 std::unique_ptr<Film> Film::start(const Setup& setup, std::string* error) {
   std::unique_ptr<Film> film(new Film(setup));
@@ -75,6 +79,11 @@ bool Film::build(std::string* error) {
   video_ = child("video");
   audio_ = child("audio");
   const ElementPtr muxer = child("mux");
+  if (audio_) {
+    // The encoder's own first samples would put all sound off. The muxer leaves out what lies before time 0.
+    const auto aac = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(child("aac").get(), "src"));
+    gst_pad_set_offset(aac.get(), -audio_encoder_delay());
+  }
   // The muxer would derive the unit of its timestamps from the frame rate, and round a camera's jitter to it.
   const auto track = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(muxer.get(), "video_0"));
   if (track) g_object_set(track.get(), "trak-timescale", 90000, nullptr);
@@ -124,16 +133,15 @@ bool Film::wait_ready(std::chrono::milliseconds limit) {
 }
 
 void Film::push_video(const Frame& frame) {
-  // Two cameras' frames, or one that was held up, must not go back in time: the muxer refuses that.
-  const std::int64_t pts = std::max(frame.timestamp - setup_.start, last_pts_ + 1);
   // A new wrapper around the same memory: the screen reads the original's timestamp at the same time.
   GstBuffer* buffer = wrap_picture(frame).release();
   if (buffer == nullptr) return;
-  GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(pts);
+  const std::int64_t own =
+      GST_BUFFER_DURATION_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_DURATION(buffer)) : 0;
+  const FilmClock::Span span = clock_.next(frame.timestamp, own);
+  GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(span.pts);
   GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE;
-  length_ = pts + (GST_BUFFER_DURATION_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_DURATION(buffer))
-                                                        : std::max<std::int64_t>(0, pts - last_pts_));
-  last_pts_ = pts;
+  GST_BUFFER_DURATION(buffer) = static_cast<GstClockTime>(span.duration);
   gst_app_src_push_buffer(GST_APP_SRC(video_.get()), buffer);
 }
 

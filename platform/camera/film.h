@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/camera/encoders.h"
+#include "platform/camera/film_clock.h"
 #include "platform/camera/film_file.h"
 #include "platform/camera/frame.h"
 
@@ -45,7 +46,7 @@ class Film {
   bool has_picture() const { return file_.has_picture(); }
   /// Bytes in the file so far.
   std::uint64_t bytes() const { return file_.bytes(); }
-  /// Feeds a frame; its time is relative to Setup::start and must grow.
+  /// Feeds a frame; its time is relative to Setup::start.
   void push_video(const Frame& frame);
   /// Feeds sound (audio_caps) that starts at a sample counted from Setup::start.
   void push_audio(BufferPtr block, std::uint64_t first_sample);
@@ -62,10 +63,10 @@ class Film {
   /// After a failure the file holds what was written so far, and plays; it is empty if that was nothing. Any thread.
   int finish();
 
-  std::int64_t length() const { return length_; }  ///< nanoseconds of picture fed so far
+  std::int64_t length() const { return clock_.length(); }  ///< nanoseconds of picture fed so far
 
  private:
-  explicit Film(const Setup& setup) : setup_(setup) {}
+  explicit Film(const Setup& setup);
   bool build(std::string* error);
   GstFlowReturn write(GstAppSink* sink);
   int take_message(GstMessage* message);
@@ -82,8 +83,7 @@ class Film {
   int nominal_rate_ = 0;
   std::optional<VideoEncoder> encoder_;
   int error_ = 0;
-  std::int64_t last_pts_ = -1;
-  std::int64_t length_ = 0;
+  FilmClock clock_;
 
   /// Guards ready_, which the pipeline's threads set.
   std::mutex mutex_;

@@ -162,11 +162,12 @@ GstFlowReturn Microphone::Shared::take_sample(GstAppSink* sink) {
       gst_segment_to_running_time(gst_sample_get_segment(sample.get()), GST_FORMAT_TIME, GST_BUFFER_PTS(buffer.get()));
   const GstClockTime base = gst_element_get_base_time(GST_ELEMENT(sink));
   const auto timestamp = GST_CLOCK_TIME_IS_VALID(running) ? static_cast<std::int64_t>(base + running) : monotonic_now();
+  const bool broken = GST_BUFFER_FLAG_IS_SET(buffer.get(), GST_BUFFER_FLAG_DISCONT);
   const std::lock_guard lock(mutex);
   last_block = Clock::now();
   trouble.clear();
   if (blocks.size() == kept_blocks) blocks.pop_front();
-  blocks.push_back({std::move(buffer), timestamp});
+  blocks.push_back({std::move(buffer), timestamp, broken});
   changed.notify_all();
   return GST_FLOW_OK;
 }

@@ -25,7 +25,8 @@ class Microphone {
  public:
   struct Block {
     BufferPtr buffer;        ///< audio_caps
-    std::int64_t timestamp;  ///< of its first sample, nanoseconds of CLOCK_MONOTONIC
+    std::int64_t timestamp;  ///< of its first sample, nanoseconds of CLOCK_MONOTONIC; may be late by milliseconds
+    bool broken;             ///< it does not follow the block before it
   };
 
   /// Begins to open it and returns at once.

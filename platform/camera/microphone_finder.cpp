@@ -35,11 +35,12 @@ bool has_property(GstElement* element, const char* name) {
   return g_object_class_find_property(G_OBJECT_GET_CLASS(element), name) != nullptr;
 }
 
-/// A device's recordable element, or null.
+/// A device's recordable element, whose time stamps are the system clock's rather than counted from samples, or null.
 ElementPtr element_of(GstDevice* device) {
   ElementPtr element = ElementPtr::adopt(gst_device_create_element(device, nullptr));
   if (!element || !has_property(element.get(), "device")) return {};
-  g_object_set(element.get(), "provide-clock", FALSE, nullptr);
+  gst_util_set_object_arg(G_OBJECT(element.get()), "provide-clock", "false");
+  gst_util_set_object_arg(G_OBJECT(element.get()), "slave-method", "re-timestamp");
   return element;
 }
 
@@ -135,8 +136,8 @@ std::vector<std::string> descriptions_of(const std::string& setting) {
   if (setting == "none") return {};
   if (setting == "tone") return {"audiotestsrc is-live=true wave=sine freq=440 volume=0.25 samplesperbuffer=480"};
   if (setting != "default") return {setting.substr(sizeof bin_prefix - 1)};
-  std::vector<std::string> sources = {"pulsesrc provide-clock=false client-name=Morvane"};
-  if (has_alsa_capture()) sources.emplace_back("alsasrc provide-clock=false");
+  std::vector<std::string> sources = {"pulsesrc provide-clock=false slave-method=re-timestamp client-name=Morvane"};
+  if (has_alsa_capture()) sources.emplace_back("alsasrc provide-clock=false slave-method=re-timestamp");
   return sources;
 }
 

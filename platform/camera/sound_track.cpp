@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <utility>
 
 #include "platform/camera/capture.h"
@@ -18,13 +17,6 @@ constexpr std::int64_t patience_ns = 1'000'000'000;
 constexpr std::int64_t idle_patience_ns = 250'000'000;
 /// How long the end of a recording waits for its last sound.
 constexpr std::chrono::milliseconds tail_patience{300};
-/// Differences between the microphone's clock and the picture's that are passed over.
-constexpr std::int64_t tolerance = audio_rate / 25;
-constexpr std::int64_t silence_block = 1024;
-
-std::int64_t samples_of(std::int64_t nanoseconds) {
-  return nanoseconds * (audio_rate / 1000) / 1'000'000;
-}
 
 float peak_of(GstBuffer* buffer) {
   GstMapInfo map;
@@ -34,6 +26,10 @@ float peak_of(GstBuffer* buffer) {
   for (gsize i = 0; i < map.size / sizeof(float); ++i) peak = std::max(peak, std::fabs(samples[i]));
   gst_buffer_unmap(buffer, &map);
   return peak;
+}
+
+std::int64_t samples_of(std::int64_t nanoseconds) {
+  return nanoseconds * (audio_rate / 1000) / 1'000'000;
 }
 
 BufferPtr region(const BufferPtr& block, std::int64_t skip, std::int64_t count) {
@@ -49,16 +45,14 @@ SoundTrack::SoundTrack(const std::string& microphone) : microphone_(microphone),
 void SoundTrack::begin(std::int64_t start) {
   start_ = film_start_ = start;
   full_first_ = film_first_ = 0;
+  placer_.begin(start);
   begun_ = monotonic_now();
-  next_ = 0;
-  end_ = std::numeric_limits<std::int64_t>::max();
-  following_ = false;
 }
 
 void SoundTrack::go_on(std::shared_ptr<Film> full, std::int64_t start) {
   full_first_ = std::exchange(film_first_, samples_of(start - start_));
   film_start_ = start;
-  if (next_ < film_first_) full_ = std::move(full);
+  if (placer_.next_sample() < film_first_) full_ = std::move(full);
 }
 
 /// Nanoseconds of picture since start_.
@@ -69,72 +63,42 @@ std::int64_t SoundTrack::length(const Film& film) const {
 void SoundTrack::feed(Film& film) {
   for (Microphone::Block& block : microphone_.take()) {
     watch_.take(monotonic_now(), peak_of(block.buffer.get()));
-    waiting_.push_back(std::move(block));
+    placer_.take(std::move(block));
   }
   // Sound does not run ahead of the picture. But the muxer begins when it has heard from both tracks, and a source that
   // stands still must not keep it waiting.
   std::int64_t reached = length(film);
   if (!film.in_file()) reached = std::max(reached, monotonic_now() - begun_);
-  for (; !waiting_.empty() && waiting_.front().timestamp - start_ < reached; waiting_.pop_front()) {
-    place(std::move(waiting_.front()), film);
-  }
-  fill(samples_of(reached - (microphone_.expected() ? patience_ns : idle_patience_ns)), film);
+  placer_.place_until(reached, into(film));
+  placer_.fill_until(reached - (microphone_.expected() ? patience_ns : idle_patience_ns), into(film));
   judge();
 }
 
 void SoundTrack::complete(Film& film) {
-  end_ = samples_of(length(film));
+  placer_.set_end(length(film));
   const auto last_moment = std::chrono::steady_clock::now() + tail_patience;
   feed(film);
-  while (next_ < end_ && waiting_.empty() && microphone_.expected() && microphone_.wait(last_moment)) feed(film);
-  fill(end_, film);
+  while (!placer_.at_end() && !placer_.has_waiting() && microphone_.expected() && microphone_.wait(last_moment)) {
+    feed(film);
+  }
+  placer_.fill_until(length(film), into(film));
   if (!watch_.heard()) complain();
   microphone_.close();
 }
 
-/// Feeds the next samples, to each film its own.
-void SoundTrack::push(BufferPtr block, Film& film) {
-  std::int64_t count = static_cast<std::int64_t>(gst_buffer_get_size(block.get())) / audio_frame_bytes;
-  const std::int64_t before = std::clamp<std::int64_t>(film_first_ - next_, 0, count);
-  if (before > 0 && full_) {
-    full_->push_audio(region(block, 0, before), static_cast<std::uint64_t>(next_ - full_first_));
-    block = region(block, before, count - before);
-  }
-  next_ += before;
-  count -= before;
-  if (next_ >= film_first_) full_.reset();
-  if (count > 0) film.push_audio(std::move(block), static_cast<std::uint64_t>(next_ - film_first_));
-  next_ += count;
-}
-
-/// Silence up to a sample.
-void SoundTrack::fill(std::int64_t sample, Film& film) {
-  const std::int64_t last = std::min(sample, end_);
-  while (next_ < last) {
-    const std::int64_t count = std::min(silence_block, last - next_);
-    const auto bytes = static_cast<gsize>(count * audio_frame_bytes);
-    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, bytes, nullptr);
-    gst_buffer_memset(buffer, 0, 0, bytes);
-    push(BufferPtr::adopt(buffer), film);
-    following_ = false;
-  }
-}
-
-/// Puts a block where its time says: a gap before it becomes silence, what overlaps is cut off. Blocks that follow each
-/// other within the tolerance do so sample by sample.
-void SoundTrack::place(Microphone::Block block, Film& film) {
-  const auto whole = static_cast<std::int64_t>(gst_buffer_get_size(block.buffer.get())) / audio_frame_bytes;
-  const std::int64_t at = samples_of(block.timestamp - start_);
-  const bool fits = following_ && std::abs(at - next_) <= tolerance;
-  if (!fits) fill(at, film);
-  const std::int64_t skip = fits ? 0 : std::max<std::int64_t>(0, next_ - at);
-  const std::int64_t count = std::min(whole - skip, end_ - next_);
-  if (count <= 0) return;
-  if (count < whole) {
-    block.buffer = region(block.buffer, skip, count);
-  }
-  push(std::move(block.buffer), film);
-  following_ = true;
+/// Where the next samples go: to each film its own.
+SoundPlacer::Push SoundTrack::into(Film& film) {
+  return [this, &film](BufferPtr block, std::uint64_t first_sample) {
+    const auto first = static_cast<std::int64_t>(first_sample);
+    const std::int64_t count = static_cast<std::int64_t>(gst_buffer_get_size(block.get())) / audio_frame_bytes;
+    const std::int64_t before = std::clamp<std::int64_t>(film_first_ - first, 0, count);
+    if (before > 0 && full_) {
+      full_->push_audio(region(block, 0, before), static_cast<std::uint64_t>(first - full_first_));
+      block = region(block, before, count - before);
+    }
+    if (first + before >= film_first_) full_.reset();
+    if (count > before) film.push_audio(std::move(block), static_cast<std::uint64_t>(first + before - film_first_));
+  };
 }
 
 void SoundTrack::judge() {

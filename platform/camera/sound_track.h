@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string>
 
 #include "platform/camera/film.h"
 #include "platform/camera/microphone.h"
+#include "platform/camera/sound_placer.h"
 #include "platform/camera/sound_watch.h"
 
 namespace handset {
@@ -35,9 +35,7 @@ class SoundTrack {
   const char* status() const;
 
  private:
-  void place(Microphone::Block block, Film& film);
-  void fill(std::int64_t sample, Film& film);
-  void push(BufferPtr block, Film& film);
+  SoundPlacer::Push into(Film& film);
   std::int64_t length(const Film& film) const;
   void judge();
   void complain();
@@ -46,16 +44,13 @@ class SoundTrack {
   SoundWatch watch_;
   SoundWatch::Verdict verdict_ = SoundWatch::Verdict::open;
   bool complained_ = false;
-  std::deque<Microphone::Block> waiting_;  ///< for the picture
-  std::int64_t start_ = 0;                 ///< time 0 of the first film
-  std::int64_t begun_ = 0;                 ///< when begin() was called
-  std::int64_t next_ = 0;                  ///< first sample since start_ that was not fed yet
-  std::int64_t end_ = 0;                   ///< nothing is fed from this sample on
-  std::shared_ptr<Film> full_;             ///< film before the current one, while it lacks sound
-  std::int64_t full_first_ = 0;            ///< its first sample, since start_
-  std::int64_t film_first_ = 0;            ///< the current film's
-  std::int64_t film_start_ = 0;            ///< its time 0, CLOCK_MONOTONIC nanoseconds
-  bool following_ = false;                 ///< what was fed last was sound
+  SoundPlacer placer_;           ///< counts from the first film's time 0
+  std::int64_t start_ = 0;       ///< that time, CLOCK_MONOTONIC nanoseconds
+  std::int64_t begun_ = 0;       ///< when begin() was called
+  std::shared_ptr<Film> full_;   ///< film before the current one, while it lacks sound
+  std::int64_t full_first_ = 0;  ///< its first sample, since start_
+  std::int64_t film_first_ = 0;  ///< the current film's
+  std::int64_t film_start_ = 0;  ///< its time 0, CLOCK_MONOTONIC nanoseconds
 };
 
 }  // namespace handset

@@ -9,6 +9,7 @@
 #include <limits>
 #include <utility>
 
+#include "platform/camera/audio_encoder.h"
 #include "platform/camera/camera_roll.h"
 #include "platform/camera/encoders.h"
 #include "platform/camera/film_trouble.h"
@@ -79,8 +80,10 @@ void CameraUnit::prepare() {
     size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
     frame_rate = viewfinder_.frame_rate;
   }
-  std::thread([preparation, size, frame_rate] {
+  const bool sound = !audio_encoder_description().empty();
+  std::thread([preparation, size, frame_rate, sound] {
     proven_video_encoder(size, frame_rate);
+    if (sound) audio_encoder_delay();
     const std::lock_guard lock(preparation->mutex);
     preparation->done = true;
     preparation->changed.notify_all();

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 
 #include "platform/camera/gst_ptr.h"
@@ -50,6 +51,8 @@ void take_sound(GstSample* sample, Film* film) {
   for (gsize i = 0; i < map.size / sizeof(float); ++i) {
     const float level = std::fabs(samples[i]);
     const gsize window = (first + i / 2) / 480;
+    if (film->sound.size() <= first + i / 2) film->sound.resize(first + i / 2 + 1);
+    if (i % 2 == 0) film->sound[first + i / 2] = samples[i];
     if (film->levels.size() <= window) film->levels.resize(window + 1);
     film->levels[window] = std::max(film->levels[window], level);
     film->sound_peak = std::max(film->sound_peak, static_cast<double>(level));
@@ -156,6 +159,14 @@ void play_sound(const std::string& path, Film* film) {
              "audio_0 ! aacparse ! avdec_aac ! audioconvert ! "
              "audio/x-raw,format=F32LE,layout=interleaved,rate=48000,channels=2",
              film, take_sound);
+}
+
+std::vector<float> sound_with_ffmpeg(const std::string& path) {
+  const std::string bytes = output_of("ffmpeg -v error -i '" + path +
+                                      "' -af aresample=async=1:first_pts=0 -ac 1 -ar 48000 -f f32le - 2>/dev/null");
+  std::vector<float> sound(bytes.size() / sizeof(float));
+  std::memcpy(sound.data(), bytes.data(), sound.size() * sizeof(float));
+  return sound;
 }
 
 std::string rotation_with_ffprobe(const std::string& path) {

@@ -30,6 +30,7 @@ struct Film {
   std::int64_t sound_ns = 0;  ///< length of the sound
   double sound_peak = 0;      ///< largest sample, 0..1
   std::vector<float> levels;  ///< the same for each 10 ms
+  std::vector<float> sound;   ///< its first channel, 48000 samples a second, from time 0 on
   std::string error;          ///< empty if the film plays to its end
 };
 
@@ -37,6 +38,9 @@ struct Film {
 Film play(const std::string& path);
 /// Plays its sound and adds what it heard.
 void play_sound(const std::string& path, Film* film);
+
+/// The same as Film::sound, as ffmpeg decodes it.
+std::vector<float> sound_with_ffmpeg(const std::string& path);
 
 /// Number of pictures that ffprobe decodes; -1 if it reports any error.
 int count_with_ffprobe(const std::string& path);
