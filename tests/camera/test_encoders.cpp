@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/camera/audio_encoder.h"
 #include "platform/camera/colorimetry.h"
 #include "platform/camera/encoder_proof.h"
 #include "platform/camera/overload.h"
