@@ -60,8 +60,15 @@ bool Recorder::push(const Frame& frame) {
     return false;
   }
   queue_[(first_ + count_++) % queue_length] = frame.share();
+  taken_ = true;
   changed_.notify_all();
   return true;
+}
+
+bool Recorder::wait_taken(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, limit, [this] { return taken_ || stopping_ || phase_ == Phase::ended; });
+  return taken_;
 }
 
 int Recorder::wait_started(std::chrono::milliseconds limit) {

@@ -50,6 +50,9 @@ class Recorder {
   /// @return false when it was dropped: the encoder is too far behind, or the recording has ended
   bool push(const Frame& frame);
 
+  /// Waits until a frame has been taken. @return whether one has, by the end of the time or of the recording
+  bool wait_taken(std::chrono::milliseconds limit);
+
   /// Waits until the film of the pushed frames has reached its file.
   /// @return 0, or an errno value: the film cannot be made, or no frame came in time
   int wait_started(std::chrono::milliseconds limit);
@@ -91,13 +94,14 @@ class Recorder {
   const Setup setup_;
   const Ended ended_;
 
-  /// Guards the queue, stopping_ and phase_; held for pointer moves only.
+  /// Guards the queue, stopping_, taken_ and phase_; held for pointer moves only.
   std::mutex mutex_;
   std::condition_variable changed_;
   std::array<Frame, queue_length> queue_;
   std::size_t first_ = 0;
   std::size_t count_ = 0;
   bool stopping_ = false;
+  bool taken_ = false;  ///< a frame was
   Phase phase_ = Phase::waiting;
 
   std::atomic<std::uint64_t> recorded_{0};

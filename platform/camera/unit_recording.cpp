@@ -27,6 +27,8 @@ constexpr std::chrono::milliseconds preparation_long_patience{30000};  ///< of a
 
 /// A recording that takes nothing for so long, while frames come, has hung.
 constexpr std::chrono::milliseconds recording_hang{3000};
+/// A recording that is ended at once still gets a picture.
+constexpr std::chrono::milliseconds first_frame_patience{700};
 constexpr std::uint64_t no_pair = std::numeric_limits<std::uint64_t>::max();
 constexpr char saving_notice[] = "Saving the film…";
 
@@ -264,8 +266,13 @@ int CameraUnit::end_recording() {
   if (!saving_) {
     std::shared_ptr<ViewfinderSlot> slot;
     with_slot([&](ViewfinderSlot& of_unit) { slot = of_unit.shared_from_this(); });
-    saving_ = Saving::begin([recorder, hold = std::exchange(hold_, {})] { return recorder->stop(); },
-                            [slot](int error) { end_saving(slot.get(), error); });
+    const bool frames_come = first_pair_ != no_pair && !lost_;
+    saving_ = Saving::begin(
+        [recorder, frames_come, hold = std::exchange(hold_, {})] {
+          if (frames_come) recorder->wait_taken(first_frame_patience);
+          return recorder->stop();
+        },
+        [slot](int error) { end_saving(slot.get(), error); });
   }
   const int error = config_.wait_for_film ? saving_->wait() : saving_->wait(disk_patience);
   show_status({});
