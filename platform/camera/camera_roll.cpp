@@ -1,11 +1,14 @@
 #include "platform/camera/camera_roll.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -41,9 +44,38 @@ bool is_hidden_copy(const std::string& name) {
   return name.starts_with('.') && name.ends_with(end) && is_roll_name(name.substr(1, name.size() - 1 - end.size()));
 }
 
-bool is_empty_and_old(int fd) {
+bool is_old(int fd) {
   struct stat file {};
-  return fstat(fd, &file) == 0 && file.st_size == 0 && file.st_nlink == 1 && std::time(nullptr) - file.st_mtime > birth;
+  return fstat(fd, &file) == 0 && file.st_nlink == 1 && std::time(nullptr) - file.st_mtime > birth;
+}
+
+/// Room for a head without pictures.
+constexpr off_t least_film = 16'384;
+
+off_t size_of(int fd) {
+  struct stat file {};
+  return fstat(fd, &file) == 0 ? file.st_size : least_film;
+}
+
+/// Where a lock may not reach another computer's programs, which may be writing.
+bool is_shared(int fd) {
+  struct statfs disk {};
+  if (fstatfs(fd, &disk) != 0) return true;
+  constexpr std::uint32_t cifs = 0xFF534D42;
+  constexpr std::uint32_t smb2 = 0xFE534D42;
+  const auto type = static_cast<std::uint32_t>(disk.f_type);
+  return type == NFS_SUPER_MAGIC || type == FUSE_SUPER_MAGIC || type == V9FS_MAGIC || type == cifs || type == smb2;
+}
+
+/// Paths in a folder; those before an error where reading it fails.
+std::vector<fs::path> paths_in(const fs::path& folder) {
+  std::vector<fs::path> paths;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    paths.push_back(entry->path());
+  }
+  std::sort(paths.begin(), paths.end());
+  return paths;
 }
 
 /// An open regular file; nothing else is opened, however it is named.
@@ -70,12 +102,16 @@ void tidy(const fs::path& path, const CompleteFilm& complete, RollFindings* find
   if (!hidden && !is_roll_name(name)) return;
   const RollFile film(path.string());
   if (film.fd() < 0 || !claim_film(film.fd())) return;
-  if (hidden || is_empty_and_old(film.fd())) {
+  const bool old = is_old(film.fd());
+  if (hidden || (old && size_of(film.fd()) == 0)) {
     findings->removed += unlink(path.c_str()) == 0;
     return;
   }
+  if (!old && is_shared(film.fd())) return;
   bool was_cut_off = false;
-  if (complete(path.string(), &was_cut_off) == 0 && was_cut_off) findings->completed.push_back(name);
+  const int error = complete(path.string(), &was_cut_off);
+  if (error == 0 && was_cut_off) findings->completed.push_back(name);
+  if (error == ENODATA && old && size_of(film.fd()) < least_film) findings->removed += unlink(path.c_str()) == 0;
 }
 
 }  // namespace
@@ -107,11 +143,11 @@ std::vector<std::string> film_parts(const std::string& path) {
   const std::string stem = first.stem().string() + "_";
   std::vector<std::pair<int, std::string>> later;
   std::error_code error;
-  for (const fs::directory_entry& entry : fs::directory_iterator(first.parent_path(), error)) {
-    const std::string name = entry.path().filename().string();
+  for (const fs::path& part : paths_in(first.parent_path())) {
+    const std::string name = part.filename().string();
     if (!name.starts_with(stem) || !is_roll_name(name)) continue;
-    if (entry.is_regular_file(error) && entry.file_size(error) > 0)
-      later.emplace_back(std::atoi(name.c_str() + stem.size()), entry.path().string());
+    if (fs::is_regular_file(part, error) && fs::file_size(part, error) > 0 && !error)
+      later.emplace_back(std::atoi(name.c_str() + stem.size()), part.string());
   }
   std::sort(later.begin(), later.end());
   for (auto& [number, part] : later) parts.push_back(std::move(part));
@@ -129,11 +165,13 @@ bool claim_film(int fd) {
 
 RollFindings tidy_camera_roll(const std::string& folder, const CompleteFilm& complete) {
   RollFindings findings;
-  std::error_code error;
-  std::vector<fs::path> paths;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) paths.push_back(entry.path());
-  std::sort(paths.begin(), paths.end());
-  for (const fs::path& path : paths) tidy(path, complete, &findings);
+  for (const fs::path& path : paths_in(folder)) {
+    try {
+      tidy(path, complete, &findings);
+    } catch (const std::exception& problem) {  // a damaged film may ask for more memory than there is
+      std::fprintf(stderr, "%s: %s\n", path.c_str(), problem.what());
+    }
+  }
   return findings;
 }
 

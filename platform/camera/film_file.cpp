@@ -109,7 +109,7 @@ int FilmFile::take_box() {
   }
   if (box_ == box_type("ftyp")) return 0;
   if (const int error = write_pending()) return error;
-  if (box_ == box_type("moov")) return 0;
+  if (box_ == box_type("moov")) return mark_mp4(fd_);
   if (index_.add_fragment(moof_, bytes_ - pending_bytes_, bytes_) != 0) return EIO;
   pending_bytes_ = 0;
   has_picture_ = index_.has_picture();

@@ -22,6 +22,10 @@ using mp4::Header;
 constexpr std::uint64_t largest_head = 1U << 20;
 constexpr std::uint64_t largest_fragment_index = 1U << 24;
 
+/// In a file's type, behind the size, "ftyp" and the major brand.
+constexpr std::uint64_t mark_at = 12;
+const Bytes mark = {0, 'm', 'o', 'v'};
+
 struct File {
   int fd = -1;
   ~File() {
@@ -91,6 +95,10 @@ int sync_folder_of(const std::string& path) {
   return fsync(entry.fd) == 0 || errno == EINVAL ? 0 : errno;
 }
 
+int mark_mp4(int fd) {
+  return write_at(fd, mark, mark_at);
+}
+
 int close_mp4(int fd, std::uint64_t head, std::uint64_t end, const Mp4Index& index) {
   const Bytes moov = index.moov();
   // Players of the film in fragments pass over the index: it stands in a box of its own, whose header becomes media
@@ -125,6 +133,8 @@ int complete_mp4(const std::string& path, bool* was_cut_off) {
   Header type;
   Header head;
   if (!read_box(file.fd, 0, length, &type) || type.type != box_type("ftyp") || type.size > 496) return EINVAL;
+  Bytes marked;
+  if (!read_at(file.fd, mark_at, mark.size(), &marked) || marked != mark) return EINVAL;
   // Cut off within the head: there can be no picture.
   if (!read_box(file.fd, type.size, length, &head)) return length < largest_head ? ENODATA : EINVAL;
   if (head.type == box_type("mdat")) {

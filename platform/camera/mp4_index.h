@@ -81,10 +81,15 @@ class Mp4Index {
 /// @return 0, or an errno value: the film is as it was then, or complete
 int close_mp4(int fd, std::uint64_t head, std::uint64_t end, const Mp4Index& index);
 
+/// Marks a film's file, whose head has been written, as one of ours: in the minor version of its type, which no player
+/// looks at. complete_mp4 leaves every other film alone. @return 0 or an errno value
+int mark_mp4(int fd);
+
 /// Completes a film whose recording was cut off: its fragments get an index, and what is left of an unfinished one is
 /// removed. May be repeated, and interrupted at any moment.
 /// @param was_cut_off  set when there was something to complete
-/// @return 0, also for a film that is complete, or an errno value. EINVAL for what is not a film, ENODATA for one that
+/// @return 0, also for a film that is complete, or an errno value. EINVAL for what is not a film of ours, ENODATA for
+/// one that
 ///         no picture has reached: both are left untouched
 int complete_mp4(const std::string& path, bool* was_cut_off);
 

@@ -1,7 +1,9 @@
 #include "platform/camera/mp4_index.h"
 
+#include <fcntl.h>
 #include <gst/gst.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -43,6 +45,9 @@ std::string fragmented(const std::string& path) {
       bus.get(), 60 * GST_SECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
   EXPECT_TRUE(end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS);
   gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  EXPECT_EQ(handset::mark_mp4(fd), 0);
+  close(fd);
   return read_file(path);
 }
 
@@ -106,6 +111,7 @@ TEST(Mp4Index, LeavesHostileFilesAlone) {
       {"empty", "", ENODATA},
       {"a head alone", good.substr(0, moof), ENODATA},
       {"text", "This is not a film, and never was.", EINVAL},
+      {"another program's film in fragments", changed("ftyp", 8, 0), EINVAL},
       {"nested boxes", type + nested, EINVAL},
       {"a media box beyond the end", type + number(1, 4) + "mdat" + number(1ULL << 62, 8), ENODATA},
       {"a box smaller than its header", type + number(3, 4) + "moov", ENODATA},
