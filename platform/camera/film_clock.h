@@ -18,7 +18,8 @@ class FilmClock {
   FilmClock(std::int64_t start, std::int64_t period) : start_(start), period_(period) {}
 
   /// Where the next frame belongs. Times in the film always grow: a frame that repeats an earlier time, or goes back,
-  /// follows closely, and later ones are at their own times again.
+  /// follows closely, and later ones are at their own times again. One that goes back by more than a second follows the
+  /// last one, and later ones follow it.
   /// @param duration  the frame's own, or 0 where it has none: it lasts the nominal period then, since the gap before
   ///                  a frame says nothing about what follows it
   Span next(std::int64_t timestamp, std::int64_t duration);

@@ -37,6 +37,12 @@ TEST(FilmTime, GrowsWithTheFramesAndLastsAsTheyDo) {
         {40 * ms, 0, 41 * ms, 81 * ms},
         {20 * ms, 0, 42 * ms, 82 * ms},
         {120 * ms, 0, 120 * ms, 160 * ms}}},
+      {"a clock that is set back",
+       40 * ms,
+       {{0, 0, 0, 40 * ms},
+        {9000 * ms, 0, 9000 * ms, 9040 * ms},
+        {2000 * ms, 0, 9040 * ms, 9080 * ms},
+        {2050 * ms, 0, 9090 * ms, 9130 * ms}}},
       {"before the beginning", 40 * ms, {{-5 * ms, 0, 0, 40 * ms}, {40 * ms, 0, 40 * ms, 80 * ms}}},
       {"faster than anybody sees", 1000, {{0, 0, 0, 1000}, {1000, 0, 1000, 2000}, {1000, 0, 1501, 2501}}},
   };
