@@ -130,6 +130,7 @@ void publish(Monitor* shared, const Providers& providers) {
     if (fd >= 0) {
       wait_for_hang_up(fd);
       tell(server_gone, -1);
+      std::this_thread::sleep_for(connect_period);  // one that hangs up at once is not to keep us busy
     }
     while ((fd = connect_to_server()) < 0) std::this_thread::sleep_for(connect_period);
     tell(server_back, fd);

@@ -1,6 +1,7 @@
 #include "platform/camera/encoders.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -115,6 +116,10 @@ bool complete_video_encoder(GstElement* pipeline) {
   if (!bare) return true;
   const auto pad = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(bare.get(), "src"));
   return describe_colours(pad.get());
+}
+
+int nominal_rate(int numerator, int denominator) {
+  return std::max(1, static_cast<int>(std::lround(static_cast<double>(numerator) / denominator)));
 }
 
 std::optional<VideoEncoder> proven_video_encoder(camera_res_t size, int frame_rate) {

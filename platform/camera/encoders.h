@@ -36,6 +36,9 @@ std::string video_encoder_description(const VideoEncoder& encoder, camera_res_t 
 /// Adds to a pipeline what its description cannot say. @return false when that cannot be done
 bool complete_video_encoder(GstElement* pipeline);
 
+/// A frame rate as encoders are asked for: frames per second, rounded, at least 1.
+int nominal_rate(int numerator, int denominator);
+
 /// The encoder to use (choose_video_encoder). Kept for the life of the process; a second asker waits for the first's.
 /// @return nothing when none works
 std::optional<VideoEncoder> proven_video_encoder(camera_res_t size, int frame_rate);

@@ -47,8 +47,7 @@ bool Film::build(std::string* error) {
   }
   size_ = {static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(setup_.info.get())),
            static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(setup_.info.get()))};
-  nominal_rate_ =
-      std::max(1, static_cast<int>(std::lround(static_cast<double>(setup_.rate_numerator) / setup_.rate_denominator)));
+  nominal_rate_ = nominal_rate(setup_.rate_numerator, setup_.rate_denominator);
   encoder_ = proven_video_encoder(size_, nominal_rate_);
   if (!encoder_) {
     *error = "no H.264 encoder works at this size";

@@ -82,6 +82,13 @@ void CameraUnit::prepare() {
     size = {static_cast<std::uint32_t>(viewfinder_.width), static_cast<std::uint32_t>(viewfinder_.height)};
     frame_rate = viewfinder_.frame_rate;
   }
+  // The film has the camera's own rate, whatever was asked for.
+  if (const auto running = capture()) {
+    int numerator = 0;
+    int denominator = 1;
+    running->frame_rate(&numerator, &denominator);
+    if (numerator > 0) frame_rate = nominal_rate(numerator, denominator);
+  }
   const bool sound = !audio_encoder_description().empty();
   std::thread([preparation, size, frame_rate, sound] {
     proven_video_encoder(size, frame_rate);
@@ -149,9 +156,12 @@ std::shared_ptr<Recorder> CameraUnit::make_recorder(const char* filename, const 
 /// A recording has ended by itself. Its thread, or the service thread.
 void CameraUnit::recording_ended(int recording, int error) {
   with_slot([&](ViewfinderSlot& slot) { slot.set_notice(end_notice(error)); });
-  if (recording != recording_) return;  // the client has stopped it
-  // Told to the client by the service thread: there it may stop the recording or close the camera.
-  recording_error_ = error;
+  {
+    const std::lock_guard lock(state_mutex_);
+    if (recording != recording_) return;  // the client has stopped it
+    // Told to the client by the service thread: there it may stop the recording or close the camera.
+    recording_error_ = error;
+  }
   if (const auto running = capture()) running->wake();
 }
 
@@ -225,7 +235,9 @@ void CameraUnit::watch_recording() {
   const int recording = recording_;
   const std::uint64_t recorded = recorder->recorded();
   const std::uint64_t dropped = recorder->dropped();
-  if (progress_.recording != recording || progress_.recorded != recorded || dropped == progress_.dropped) {
+  // Before the first frame an encoder may be on trial.
+  if (progress_.recording != recording || recorded == 0 || progress_.recorded != recorded ||
+      dropped == progress_.dropped) {
     progress_ = {recording, recorded, dropped, now};
   } else if (now - progress_.when > recording_hang) {
     progress_.when = now;
@@ -288,10 +300,10 @@ int CameraUnit::end_recording() {
 
 /// The current recording is over, and what comes of it is no news any more. control_mutex_ is held.
 void CameraUnit::forget_recording() {
-  ++recording_;
-  recording_error_ = 0;  // the caller gets it
   saving_.reset();
   const std::lock_guard lock(state_mutex_);
+  ++recording_;
+  recording_error_ = 0;  // the caller gets it
   if (recorder_) finished_ = std::move(recorder_);
   recorder_.reset();
 }
