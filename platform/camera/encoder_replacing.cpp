@@ -3,6 +3,7 @@
 
 #include "platform/camera/encoders.h"
 #include "platform/camera/gst_ptr.h"
+#include "platform/camera/handover.h"
 
 namespace handset {
 namespace {
@@ -16,6 +17,7 @@ struct Replacing {
 
 /// Called when no frame is between the pad and the pad after the encoder; none passes until it returns.
 GstPadProbeReturn replace(GstPad* before, GstPadProbeInfo*, gpointer data) {
+  const CalledBack scope(data);
   auto* replacing = static_cast<Replacing*>(data);
   if (std::exchange(replacing->done, true)) return GST_PAD_PROBE_REMOVE;
   GstElement* const old_one = replacing->old_one.get();
@@ -47,8 +49,11 @@ bool replace_video_encoder(GstElement* pipeline, const VideoEncoder& encoder, ca
   const auto in = ObjectPtr<GstPad>::adopt(gst_element_get_static_pad(replacing->old_one.get(), "sink"));
   const auto before = ObjectPtr<GstPad>::adopt(in ? gst_pad_get_peer(in.get()) : nullptr);
   if (!before) return false;
-  gst_pad_add_probe(before.get(), GST_PAD_PROBE_TYPE_IDLE, replace, replacing.release(),
-                    [](gpointer data) { delete static_cast<Replacing*>(data); });
+  handed_over(replacing.get());
+  gst_pad_add_probe(before.get(), GST_PAD_PROBE_TYPE_IDLE, replace, replacing.release(), [](gpointer data) {
+    taken_back(data);
+    delete static_cast<Replacing*>(data);
+  });
   return true;
 }
 

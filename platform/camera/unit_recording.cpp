@@ -27,8 +27,9 @@ constexpr std::chrono::milliseconds preparation_long_patience{30000};  ///< of a
 
 /// A recording that takes nothing for so long, while frames come, has hung.
 constexpr std::chrono::milliseconds recording_hang{3000};
-/// A recording that is ended at once still gets a picture.
-constexpr std::chrono::milliseconds first_frame_patience{700};
+/// A recording that is ended at once still gets a picture, also from a camera that has just been opened. Shorter than
+/// disk_patience: when that is over the recording gets no frames any more.
+constexpr std::chrono::milliseconds first_frame_patience{1800};
 constexpr std::uint64_t no_pair = std::numeric_limits<std::uint64_t>::max();
 constexpr char saving_notice[] = "Saving the film…";
 
