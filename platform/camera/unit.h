@@ -88,6 +88,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
     std::mutex mutex;  ///< guards the rest
     std::condition_variable changed;
     bool done = false;
+    bool wanted = false;  ///< a recording waits
   };
   /// How far a recording was when it last took a frame.
   struct Progress {

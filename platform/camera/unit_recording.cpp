@@ -23,6 +23,8 @@ constexpr std::chrono::milliseconds recording_start{5500};
 constexpr std::chrono::milliseconds recording_silence{1000};
 constexpr std::chrono::milliseconds start_turn{50};
 constexpr std::chrono::milliseconds preparation_patience{1500};
+/// A window has enough to do when it opens; encoders are proven after that, or when a recording wants one.
+constexpr std::chrono::milliseconds preparation_delay{2000};
 constexpr std::chrono::milliseconds preparation_long_patience{30000};  ///< of a client without a window
 
 /// A recording that takes nothing for so long, while frames come, has hung.
@@ -91,7 +93,12 @@ void CameraUnit::prepare() {
     if (numerator > 0) frame_rate = nominal_rate(numerator, denominator);
   }
   const bool sound = !audio_encoder_description().empty();
-  std::thread([preparation, size, frame_rate, sound] {
+  const auto delay = config_.wait_for_picture ? std::chrono::milliseconds(0) : preparation_delay;
+  std::thread([preparation, size, frame_rate, sound, delay] {
+    {
+      std::unique_lock lock(preparation->mutex);
+      preparation->changed.wait_for(lock, delay, [&] { return preparation->wanted; });
+    }
     proven_video_encoder(size, frame_rate);
     if (sound) audio_encoder_delay();
     const std::lock_guard lock(preparation->mutex);
@@ -109,6 +116,8 @@ void CameraUnit::wait_prepared() const {
   }
   if (!preparation) return;
   std::unique_lock lock(preparation->mutex);
+  preparation->wanted = true;
+  preparation->changed.notify_all();
   const auto patience = config_.wait_for_picture ? preparation_long_patience : preparation_patience;
   preparation->changed.wait_for(lock, patience, [&] { return preparation->done; });
 }
