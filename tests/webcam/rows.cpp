@@ -276,6 +276,7 @@ bool is_quick(const Row& row) {
                                    "microphones_listed",
                                    "short_yuyv",
                                    "refuses",
+                                   "pw_microphone",
                                    "pw_no_camera",
                                    "pw_late",
                                    "pw_dead",
