@@ -15,9 +15,8 @@ constexpr double settling = 4;
 constexpr double steepest = 0.005;
 /// Clocks do not differ by more than this.
 constexpr double largest_difference = 0.001;
-/// A change takes half a millisecond: not for less than fifty millionths, and four times a second at most.
-constexpr int least_change = 24;
-constexpr gsize least_time = audio_rate / 4;
+/// Smaller changes are not worth the half millisecond that one takes: ten millionths.
+constexpr int least_change = 5;
 
 }  // namespace
 
@@ -42,8 +41,7 @@ void DriftResampler::begin() {
 
 void DriftResampler::set_ratio(double ratio) {
   const int input = static_cast<int>(std::lround(resolution / ratio));
-  if (std::abs(input - input_) < least_change || unchanged_ < least_time) return;
-  unchanged_ = 0;
+  if (std::abs(input - input_) < least_change) return;
   input_ = input;
   gst_audio_resampler_update(resampler_.get(), input_, resolution, nullptr);
 }
@@ -53,7 +51,6 @@ BufferPtr DriftResampler::next(GstBuffer* block, std::int64_t skipped) {
   if (!gst_buffer_map(block, &from, GST_MAP_READ)) return {};
   const gsize offset = static_cast<gsize>(skipped) * audio_frame_bytes;
   const gsize taken = (from.size - offset) / audio_frame_bytes;
-  unchanged_ += taken;
   const gsize made = gst_audio_resampler_get_out_frames(resampler_.get(), taken);
   BufferPtr result = BufferPtr::adopt(gst_buffer_new_allocate(nullptr, made * audio_frame_bytes, nullptr));
   GstMapInfo to;

@@ -46,7 +46,6 @@ class DriftResampler {
 
   std::unique_ptr<GstAudioResampler, Free> resampler_;
   int input_ = resolution;
-  gsize unchanged_ = 0;  ///< samples since the ratio has changed
 };
 
 }  // namespace handset
