@@ -15,6 +15,21 @@ inline constexpr int audio_rate = 48000;
 inline constexpr int audio_channels = 2;
 /// Format of all sound in the service: 32-bit float, interleaved.
 inline constexpr int audio_frame_bytes = audio_channels * static_cast<int>(sizeof(float));
+
+/// Samples in a time.
+constexpr std::int64_t samples_of(std::int64_t nanoseconds) {
+  return nanoseconds * (audio_rate / 1000) / 1'000'000;
+}
+/// Samples in a block of sound.
+inline std::int64_t samples_in(GstBuffer* block) {
+  return static_cast<std::int64_t>(gst_buffer_get_size(block)) / audio_frame_bytes;
+}
+/// Some samples of a block, whose memory they share.
+inline BufferPtr samples_from(GstBuffer* block, std::int64_t first, std::int64_t count) {
+  return BufferPtr::adopt(gst_buffer_copy_region(block, GST_BUFFER_COPY_MEMORY,
+                                                 static_cast<gsize>(first * audio_frame_bytes),
+                                                 static_cast<gsize>(count * audio_frame_bytes)));
+}
 inline constexpr char audio_caps[] = "audio/x-raw,format=F32LE,rate=48000,channels=2,layout=interleaved";
 
 /// A microphone that is on for as long as this lives, and comes back by itself when it was lost.

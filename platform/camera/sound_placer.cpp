@@ -13,20 +13,6 @@ constexpr double tolerance = audio_rate / 50.0;
 constexpr std::int64_t longest_wait_ns = 60'000'000'000;
 constexpr std::int64_t silence_block = 1024;
 
-std::int64_t samples_of(std::int64_t nanoseconds) {
-  return nanoseconds * (audio_rate / 1000) / 1'000'000;
-}
-
-std::int64_t samples_in(GstBuffer* buffer) {
-  return static_cast<std::int64_t>(gst_buffer_get_size(buffer)) / audio_frame_bytes;
-}
-
-/// The first samples of a block, whose memory they share.
-BufferPtr first_samples(GstBuffer* block, std::int64_t count) {
-  return BufferPtr::adopt(
-      gst_buffer_copy_region(block, GST_BUFFER_COPY_MEMORY, 0, static_cast<gsize>(count) * audio_frame_bytes));
-}
-
 }  // namespace
 
 SoundPlacer::SoundPlacer()
@@ -67,7 +53,7 @@ void SoundPlacer::fill(std::int64_t sample, const Push& push) {
   const std::int64_t last = std::min(sample, end_);
   while (next_ < last) {
     const std::int64_t count = std::min(silence_block, last - next_);
-    push(first_samples(silence_.get(), count), static_cast<std::uint64_t>(next_));
+    push(samples_from(silence_.get(), 0, count), static_cast<std::uint64_t>(next_));
     next_ += count;
     following_ = false;
   }
@@ -95,7 +81,7 @@ void SoundPlacer::place(const Sound& sound, const Push& push) {
   if (!made) return;
   const std::int64_t count = std::min(samples_in(made.get()), end_ - next_);
   if (count <= 0) return;
-  push(first_samples(made.get(), count), static_cast<std::uint64_t>(next_));
+  push(samples_from(made.get(), 0, count), static_cast<std::uint64_t>(next_));
   next_ += count;
 }
 

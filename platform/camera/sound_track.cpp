@@ -28,16 +28,6 @@ float peak_of(GstBuffer* buffer) {
   return peak;
 }
 
-std::int64_t samples_of(std::int64_t nanoseconds) {
-  return nanoseconds * (audio_rate / 1000) / 1'000'000;
-}
-
-BufferPtr region(const BufferPtr& block, std::int64_t skip, std::int64_t count) {
-  return BufferPtr::adopt(gst_buffer_copy_region(block.get(), GST_BUFFER_COPY_MEMORY,
-                                                 static_cast<gsize>(skip * audio_frame_bytes),
-                                                 static_cast<gsize>(count * audio_frame_bytes)));
-}
-
 }  // namespace
 
 SoundTrack::SoundTrack(const std::string& microphone) : microphone_(microphone), watch_(monotonic_now()) {}
@@ -90,11 +80,11 @@ void SoundTrack::complete(Film& film) {
 SoundPlacer::Push SoundTrack::into(Film& film) {
   return [this, &film](BufferPtr block, std::uint64_t first_sample) {
     const auto first = static_cast<std::int64_t>(first_sample);
-    const std::int64_t count = static_cast<std::int64_t>(gst_buffer_get_size(block.get())) / audio_frame_bytes;
+    const std::int64_t count = samples_in(block.get());
     const std::int64_t before = std::clamp<std::int64_t>(film_first_ - first, 0, count);
     if (before > 0 && full_) {
-      full_->push_audio(region(block, 0, before), static_cast<std::uint64_t>(first - full_first_));
-      block = region(block, before, count - before);
+      full_->push_audio(samples_from(block.get(), 0, before), static_cast<std::uint64_t>(first - full_first_));
+      block = samples_from(block.get(), before, count - before);
     }
     if (first + before >= film_first_) full_.reset();
     if (count > before) film.push_audio(std::move(block), static_cast<std::uint64_t>(first + before - film_first_));
