@@ -169,7 +169,7 @@ class tarnelApp : public QObject {
   void show_light_state(bb::cascades::ImageButton* button);
   // recording_slots.cpp
   void start_record_timer();
-  /// Looks for what killed runs have left in the camera roll, on a thread of its own, and says what it was.
+  /// Completes films that a killed run left in the camera roll, on a separate thread, and names them in a toast.
   void tidy_films(const handset::CompleteFilm& complete);
   /// The recording's stop, film and look; where the camera is closed, that has completed the film. mVideoFd is open.
   void end_recording();

@@ -35,7 +35,7 @@ void say_why(tarnelApp* app, const std::string& reason) {
   app->showToast(("Cannot record: " + reason).c_str());
 }
 
-/// What the user is told of films that were cut off; empty for none.
+/// The toast about films that were cut off; empty if there are none.
 std::string cut_off_notice(const std::vector<std::string>& films) {
   if (films.empty()) return {};
   if (films.size() == 1) return "A film was cut off. What was recorded of it is in the Camera folder: " + films[0];

@@ -39,7 +39,7 @@ struct CameraServiceConfig {
   /// If set, ending a recording returns when its film is complete. Otherwise it returns within two seconds, and a film
   /// that takes longer is completed in the background.
   bool wait_for_film = true;
-  /// Frames that nobody has edited, because no event is armed, reach neither screen nor film.
+  /// Drops frames that arrive while no event is armed, so that neither screen nor film gets an unedited one.
   bool edited_only = false;
   /// Folder for the controls' original values while a camera is open, one file per camera; empty to disable.
   std::string controls_folder;

@@ -38,7 +38,7 @@ bool is_roll_name(const std::string& name) {
   return std::regex_match(name, pattern);
 }
 
-/// What completing a film may leave beside it: ".NAME.part".
+/// A copy that earlier versions made while they completed a film: ".NAME.part".
 bool is_hidden_copy(const std::string& name) {
   constexpr std::string_view end = ".part";
   return name.starts_with('.') && name.ends_with(end) && is_roll_name(name.substr(1, name.size() - 1 - end.size()));

@@ -19,8 +19,8 @@ std::vector<std::string> film_parts(const std::string& path);
 
 /// Marks a film as being written, for other processes as well. @param fd open for reading and writing
 void hold_film(int fd);
-/// Takes a film that nobody holds, until `fd` is closed. @param fd open for writing
-/// @return false when somebody does; a file system without locks always gives it
+/// Locks a film exclusively until `fd` is closed. @param fd open for writing
+/// @return false if someone holds it; always true on a file system without locks
 bool claim_film(int fd);
 
 struct RollFindings {
