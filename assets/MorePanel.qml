@@ -33,7 +33,7 @@ FocusScope {
         rows[(at + by + rows.length) % rows.length].forceActiveFocus(Qt.TabFocusReason);
     }
 
-    // Looks for pictures only once somebody may want one.
+    // Searches the folder only from when the panel is first opened.
     Loader {
         id: last
         readonly property string path: item ? item.path : ""

@@ -154,8 +154,6 @@ bool Recorder::begin_film(const std::string& path, const Frame& first) {
   start_ = first.timestamp;
   path_ = path;
   ++films_;
-  const std::lock_guard lock(parts_mutex_);
-  parts_.push_back(path);
   return true;
 }
 
@@ -196,7 +194,7 @@ void Recorder::finish_part(Part part) {
     const int error = part.film->finish();
     int none = 0;
     if (error != 0) part_error_.compare_exchange_strong(none, error);
-    if (!part.film->has_picture()) forget_part(part.path);
+    if (!part.film->has_picture()) remove_part(part.path);
   };
   try {
     finishing_.emplace_back(finish);
@@ -206,15 +204,8 @@ void Recorder::finish_part(Part part) {
 }
 
 /// The first part's file belongs to whoever made it, and stays, empty.
-void Recorder::forget_part(const std::string& path) {
+void Recorder::remove_part(const std::string& path) const {
   if (path != setup_.path) unlink(path.c_str());
-  const std::lock_guard lock(parts_mutex_);
-  std::erase(parts_, path);
-}
-
-std::vector<std::string> Recorder::parts() const {
-  const std::lock_guard lock(parts_mutex_);
-  return parts_;
 }
 
 /// Once a turn: errors. Once a second: room on the disk.
@@ -279,7 +270,7 @@ void Recorder::conclude() {
     if (rolled_.film) finish_part(std::exchange(rolled_, {}));
     const int error = film_->finish();
     if (error != 0 && error_ == 0) fail(error, film_->failure());
-    if (!film_->has_picture()) forget_part(path_);
+    if (!film_->has_picture()) remove_part(path_);
     film_.reset();
   }
   for (std::thread& thread : finishing_) thread.join();

@@ -64,8 +64,6 @@ class Recorder {
   std::uint64_t recorded() const { return recorded_; }
   std::uint64_t dropped() const { return dropped_; }
   std::int64_t length() const { return length_; }  ///< nanoseconds
-  /// The files of this recording that hold a film, in their order. Any thread.
-  std::vector<std::string> parts() const;
 
  private:
   struct Part {
@@ -86,7 +84,7 @@ class Recorder {
   void keep_up();
   std::string status();
   void finish_part(Part part);
-  void forget_part(const std::string& path);
+  void remove_part(const std::string& path) const;
   void show(const std::string& status);
   void fail(int error, const std::string& why);
   void conclude();
@@ -124,10 +122,6 @@ class Recorder {
   std::chrono::steady_clock::time_point next_look_{};
   std::vector<std::thread> finishing_;  ///< films that a roll left to be completed
   std::atomic<int> part_error_{0};      ///< the first of theirs
-
-  /// Guards parts_.
-  mutable std::mutex parts_mutex_;
-  std::vector<std::string> parts_;
 
   /// Guards joining thread_.
   std::mutex join_mutex_;
