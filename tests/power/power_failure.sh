@@ -68,9 +68,10 @@ cut() {
 }
 
 failed=0
-for ((first = 0; first < count; first += 4)); do
+# Two at a time: more of them would be a load of their own, under which frames wait for the encoder.
+for ((first = 0; first < count; first += 2)); do
   pids=()
-  for ((number = first; number < first + 4 && number < count; ++number)); do cut $number & pids+=($!); done
+  for ((number = first; number < first + 2 && number < count; ++number)); do cut $number & pids+=($!); done
   for pid in "${pids[@]}"; do wait "$pid" || failed=1; done
 done
 exit $failed
