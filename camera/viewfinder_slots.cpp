@@ -10,6 +10,7 @@
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
 #include "engine/overlay.h"
+#include "platform/camera/camera_config.h"
 
 using namespace bb::cascades;
 
@@ -152,6 +153,7 @@ void tarnelApp::onStartFront() {
 }
 
 void tarnelApp::onStopCamera() {
+  if (mVideoFd != -1) handset::camera_wait_first_frame(mCameraHandle);
   kill_thread();
   if (mCameraHandle == CAMERA_HANDLE_INVALID) return;
   // The recording that ends with the camera would have switched it off, and no longer can.

@@ -223,6 +223,13 @@ int camera_hold_video(camera_handle_t handle, bool hold) {
   });
 }
 
+int camera_wait_first_frame(camera_handle_t handle) {
+  return with_unit(handle, 0, [](CameraUnit& unit) {
+    unit.wait_first_frame();
+    return 0;
+  });
+}
+
 bool wait_for_films(std::chrono::milliseconds limit) {
   return wait_for_saving(limit);
 }

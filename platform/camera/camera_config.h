@@ -86,6 +86,10 @@ void keep_heap_small();
 /// thread. @return EBADF for a handle that is not open
 int camera_hold_video(camera_handle_t handle, bool hold);
 
+/// Waits until the current recording has a frame, 1.8 s at most, so that ending it at once leaves a film. To be called
+/// before the editor ends, which a recording ends with. Any thread. @return EBADF for a handle that is not open
+int camera_wait_first_frame(camera_handle_t handle);
+
 /// Waits until the films that are completed beside are done, so that the process may end.
 /// @return false at the end of the time
 bool wait_for_films(std::chrono::milliseconds limit);

@@ -65,6 +65,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   int start_video(const char* filename, camera_viewfinder_callback_t video_callback,
                   camera_status_callback_t status_callback, void* arg);
   void hold_video(bool hold);
+  void wait_first_frame() const;
   int stop_video();
   CameraStatistics statistics() const;
 
@@ -121,6 +122,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   bool restart(const Run& run, Reason* reason);
   bool wait_to_retry(const Run& run, const Reason& reason);
   Reason diagnose(const std::string& why, bool held) const;
+  void say(const std::string& text);
   void complain(const Reason& reason);
   void settle(Run& run, int error);
   void take_picture_up(const std::shared_ptr<Capture>& capture, const Run& run);
@@ -144,6 +146,7 @@ class CameraUnit : public std::enable_shared_from_this<CameraUnit> {
   std::shared_ptr<Recorder> recorder() const;
   std::shared_ptr<Capture> capture() const;
   void with_slot(const std::function<void(ViewfinderSlot&)>& change) const;
+  bool expects_frames() const;
   int end_recording();
 
   const camera_handle_t handle_;

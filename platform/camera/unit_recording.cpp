@@ -276,6 +276,16 @@ void CameraUnit::report_recording_error() {
   }
 }
 
+/// Whether a recording may yet get a frame.
+bool CameraUnit::expects_frames() const {
+  return first_pair_ != no_pair && !lost_;
+}
+
+void CameraUnit::wait_first_frame() const {
+  const std::shared_ptr<Recorder> recorder = this->recorder();
+  if (recorder && expects_frames()) recorder->wait_taken(first_frame_patience);
+}
+
 /// Ends the recording, if there is one, and completes its film. control_mutex_ is held.
 /// @return what ended it, 0, or EINPROGRESS for a film that is completed beside
 int CameraUnit::end_recording() {
@@ -288,7 +298,7 @@ int CameraUnit::end_recording() {
   if (!saving_) {
     std::shared_ptr<ViewfinderSlot> slot;
     with_slot([&](ViewfinderSlot& of_unit) { slot = of_unit.shared_from_this(); });
-    const bool frames_come = first_pair_ != no_pair && !lost_;
+    const bool frames_come = expects_frames();
     saving_ = Saving::begin(
         [recorder, frames_come, hold = std::exchange(hold_, {})] {
           if (frames_come) recorder->wait_taken(first_frame_patience);

@@ -33,6 +33,8 @@ std::chrono::milliseconds retry_pause(CameraTrouble trouble) {
   return std::chrono::seconds(trouble == CameraTrouble::busy ? 2 : 5);
 }
 
+constexpr char clip_has_ended[] = "the clip has ended";
+
 }  // namespace
 
 void CameraUnit::serve(const RunPtr& run) {
@@ -52,7 +54,10 @@ void CameraUnit::serve(const RunPtr& run) {
       break;
     }
     // Wound back it would go on: its film is as complete as that of a clip that runs once.
-    if (event == Capture::Event::ended && source_->is_clip()) finish_clip(*run);
+    if (event == Capture::Event::ended && source_->is_clip()) {
+      say(clip_has_ended);  // before the client hears of it, and may end the process
+      finish_clip(*run);
+    }
     Reason reason;
     const bool woken = device && time_asleep() - asleep > std::chrono::nanoseconds(std::chrono::seconds(1)).count();
     if (!woken && !is_lost(event, *capture, &reason)) continue;
@@ -197,9 +202,14 @@ CameraUnit::Reason CameraUnit::diagnose(const std::string& why, bool held) const
   return {trouble, explain(trouble, camera.label, detail)};
 }
 
+/// Writes a line, unless it was the last one already.
+void CameraUnit::say(const std::string& text) {
+  if (std::exchange(complaint_, text) != text) std::fprintf(stderr, "camera: %s\n", text.c_str());
+}
+
 /// Says what is wrong on the screen, where it stays until a picture comes, and once on the error stream.
 void CameraUnit::complain(const Reason& reason) {
-  if (std::exchange(complaint_, reason.text) != reason.text) std::fprintf(stderr, "camera: %s\n", reason.text.c_str());
+  say(reason.text);
   const bool device = source_->kind == Source::Kind::device;
   with_slot([&](ViewfinderSlot& slot) {
     slot.set_notice({});
@@ -254,7 +264,7 @@ bool CameraUnit::is_lost(Capture::Event event, const Capture& capture, Reason* r
   if (source_->cast && source_->cast->ended()) {
     *reason = {CameraTrouble::gone, "the desktop is no longer shared"};
   } else if (event == Capture::Event::ended) {
-    *reason = {CameraTrouble::gone, source_->is_clip() ? "the clip has ended" : "the source has ended"};
+    *reason = {CameraTrouble::gone, source_->is_clip() ? clip_has_ended : "the source has ended"};
   } else if (event == Capture::Event::failed) {
     *reason = {CameraTrouble::gone, capture.failure()};
   } else if (!is_present()) {
@@ -309,7 +319,7 @@ void CameraUnit::revoke(const Reason& reason, const Run& run) {
   const bool gone = reason.trouble == CameraTrouble::gone || !is_present();
   const std::string text = device && gone ? explain(CameraTrouble::gone, label) : reason.text;
   const std::string sentence = device ? text : "The camera has stopped: " + text;
-  if (complaint_ != text) std::fprintf(stderr, "camera: %s\n", text.c_str());
+  say(text);
   if (const auto exchange = this->exchange()) exchange->shut();
   if (const auto running = capture()) stop_capture(running, device_release, &run.stop);
   with_slot([&](ViewfinderSlot& slot) {

@@ -274,6 +274,10 @@ int handset::camera_hold_video(camera_handle_t handle, bool hold) {
   return call(handle, line("hold_video", int{hold}));
 }
 
+int handset::camera_wait_first_frame(camera_handle_t) {
+  return 0;
+}
+
 int camera_open(camera_unit_t unit, std::uint32_t mode, camera_handle_t* handle) {
   if (const int error = call(line("open", int{unit}, mode))) return error;
   const std::lock_guard lock(mutex);

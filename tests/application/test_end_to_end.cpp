@@ -500,6 +500,7 @@ TEST_F(EndToEnd, WhateverIsTappedWhileRecordingNoFilmIsLost) {
   monkey.note_film();
   keep_picture("monkey.png");
   app.reset();
+  ASSERT_TRUE(handset::wait_for_films(std::chrono::seconds(15)));  // as the program does when it ends
   RecordProperty("actions", monkey.actions());
   std::printf("%d actions on %zu controls, %zu films\n", monkey.actions(), monkey.tapped().size(),
               monkey.recorded().size());

@@ -279,7 +279,8 @@ TEST_F(Service, LostSourcesAreRevokedInTimeAndLeaveAPlayableFilm) {
     EXPECT_EQ(camera_start_video(handle, path.c_str(), nullptr, nullptr, nullptr), EIO);
     EXPECT_EQ(camera_close(handle), 0);
     EXPECT_EQ(log.revoked, 1) << source;
-    EXPECT_EQ(testing::internal::GetCapturedStderr().rfind("camera: ", 0), 0U);
+    const std::string errors = "\n" + testing::internal::GetCapturedStderr();  // a slow encoder has its own line
+    EXPECT_NE(errors.find("\ncamera: "), std::string::npos) << errors;
     if (filming) {
       EXPECT_EQ(film::play(path).error, "") << source;
     }

@@ -124,7 +124,8 @@ TEST_F(Record, ClipsOfEveryKindEndInOrder) {
     const std::string path = out(std::string(clip.name) + ".mp4");
     Process process(command({"--source", "clip:" + out(clip.name), "--seconds", "1.5", "--microphone", "none", path}));
     EXPECT_EQ(process.wait(), clip.complaint != nullptr ? 1 : 0) << process.errors();
-    EXPECT_NE(process.errors().find(clip.complaint != nullptr ? clip.complaint : ""), std::string::npos);
+    EXPECT_NE(process.errors().find(clip.complaint != nullptr ? clip.complaint : ""), std::string::npos)
+        << process.errors();
     const film::Film film = film::play(path);
     EXPECT_EQ(film.error, "");
     const double seconds = clip.complaint != nullptr ? 1 : 1.5;
