@@ -38,14 +38,16 @@ class DriftResampler {
   BufferPtr next(GstBuffer* block, std::int64_t skipped);
 
  private:
-  /// Rates stand for a ratio; at this size they resolve two millionths. The larger, the longer a change takes.
+  /// Rates stand for a ratio; at this size they resolve two millionths.
   static constexpr int resolution = 480'000;
+  /// At a ratio of exactly 1 the resampler copies, without its filter's delay: a step of 32 samples.
+  static constexpr int nearly_one = resolution + 1;
   struct Free {
     void operator()(GstAudioResampler* resampler) const { gst_audio_resampler_free(resampler); }
   };
 
   std::unique_ptr<GstAudioResampler, Free> resampler_;
-  int input_ = resolution;
+  int input_ = nearly_one;
 };
 
 }  // namespace handset

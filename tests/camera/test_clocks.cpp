@@ -101,7 +101,7 @@ TEST(DriftResampling, ChangesItsRatioWithoutAStep) {
   constexpr double turn = 2 * 3.14159265358979 * 1000 / handset::audio_rate;
   std::vector<float> heard;
   for (int block = 0, sample = 0; block < 400; ++block) {
-    resampler.set_ratio(1 + 0.004 * std::sin(block * 0.05));
+    resampler.set_ratio(1 + (block < 200 ? 0.004 : 0.00004) * std::sin(block * 0.05));
     const auto in =
         handset::BufferPtr::adopt(gst_buffer_new_allocate(nullptr, 480 * handset::audio_frame_bytes, nullptr));
     for (gsize i = 0; i < 480; ++i, ++sample) {
