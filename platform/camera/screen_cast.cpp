@@ -40,6 +40,8 @@ struct ObjectDeleter {
 template <typename T>
 using GObjectPtr = std::unique_ptr<T, ObjectDeleter>;
 
+constexpr char portal_has_ended[] = "the desktop's portal has ended";
+
 /// An error's message on one line. Frees the error.
 std::string reason_of(GError* error) {
   g_dbus_error_strip_remote_error(error);
@@ -48,6 +50,8 @@ std::string reason_of(GError* error) {
       g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) ||
       g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD)) {
     reason = "the desktop has no portal for sharing it";
+  } else if (g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
+    reason = portal_has_ended;  // the bus says so when a called program goes; a timeout is another error
   }
   g_error_free(error);
   std::replace(reason.begin(), reason.end(), '\n', ' ');
@@ -233,7 +237,7 @@ class ScreenCast::Session {
       if (!response.come) {
         why = stop_          ? "the program ends"
               : ended_       ? "the desktop has ended the session"
-              : !is_asking() ? "the desktop's portal has ended"
+              : !is_asking() ? portal_has_ended
                              : "nobody has answered";
       } else if (response.code != 0) {
         why = response.code == 1 ? "sharing it was refused" : "the desktop cannot share it";
