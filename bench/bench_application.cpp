@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "app/tarnelapp.h"
+#include "bench/bench_surroundings.h"
 #include "engine/color_filter.h"
 #include "engine/filter_thread.h"
 #include "platform/camera/camera_config.h"
@@ -123,49 +124,6 @@ long resident_mib() {
   return 0;
 }
 
-/// The user whose folders are in `home`.
-void become(const fs::path& home) {
-  for (const char* const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
-    setenv(name, (home / name).c_str(), 1);
-  }
-  setenv("XDG_RUNTIME_DIR", home.c_str(), 1);
-  setenv("HOME", home.c_str(), 1);
-}
-
-/// A user of its own, in a folder that goes away with it.
-class Surroundings {
- public:
-  Surroundings() {
-    char pattern[] = "/tmp/morvane-bench-XXXXXX";
-    home_ = mkdtemp(pattern);
-    become(home_);
-    fs::create_directories(home_ / "XDG_CONFIG_HOME/morvane");
-    std::ofstream(home_ / "XDG_CONFIG_HOME/morvane/device.ini") << "[camera]\nrear = scene\nfront = scene\n";
-  }
-  ~Surroundings() {
-    std::error_code ignored;
-    fs::remove_all(home_, ignored);
-  }
-  const fs::path& home() const { return home_; }
-
- private:
-  fs::path home_;
-};
-
-void store_settings(int resolution) {
-  PrefsRecord settings = default_settings();
-  settings.rearResolutionIndex = resolution;
-  settings.firstRunHintShown = 1;
-  settings.installRegistered = 1;
-  ::save_settings(prefs_path, settings);
-}
-
-void run_for(int duration) {
-  QEventLoop loop;
-  QTimer::singleShot(duration, &loop, &QEventLoop::quit);
-  loop.exec();
-}
-
 /// @return milliseconds from the process's start to the window's first frame with an edited picture in it
 double first_picture(tarnelApp* app) {
   QEventLoop loop;
@@ -236,31 +194,16 @@ int start_once(int argc, char** argv) {
 int main(int argc, char** argv) {
   handset::keep_heap_small();
   if (argc > 2 && std::string(argv[1]) == "start") return start_once(argc, argv);
-  const Surroundings surroundings;
+  const Surroundings surroundings("scene");
   // The first one finds no cached plugin registry and no compiled documents.
   const std::string start = fs::read_symlink("/proc/self/exe").string() + " start " + surroundings.home().string();
   for (int i = 0; i < 5; ++i) {
     if (std::system(start.c_str()) != 0) return EXIT_FAILURE;
   }
   if (enter_sandbox(MORVANE_PACKAGE_DIR) != 0) return EXIT_FAILURE;
-  store_settings(-1);
   bb::cascades::Application application(argc, argv);
-  auto app = std::make_unique<tarnelApp>(&application);
-  run_for(1000);
-
-  // The index of the size is in the camera's own list.
-  const auto sizes = app->resolutions();
-  const auto size = std::find_if(sizes.begin(), sizes.end(), [](const camera_res_t& resolution) {
-    return resolution.width == picture_width && resolution.height == picture_height;
-  });
-  if (size == sizes.end()) {
-    std::fputs("the camera has no such size\n", stderr);
-    return EXIT_FAILURE;
-  }
-  store_settings(static_cast<int>(size - sizes.begin()));
-  app.reset();
-  app = std::make_unique<tarnelApp>(&application);
-  run_for(1000);
+  const std::unique_ptr<tarnelApp> app = start_at_size(&application, picture_width, picture_height);
+  if (!app) return EXIT_FAILURE;
 
   filter_init(static_cast<double>(_color_filter_value), filter_match_red);
   _cur_camera_filter = keep_red;
@@ -287,6 +230,5 @@ int main(int argc, char** argv) {
     }
     app->record_stop();
   }
-  app.reset();
   return EXIT_SUCCESS;
 }
